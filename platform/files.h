@@ -1,0 +1,20 @@
+// Reading files by wide path.
+#pragma once
+#include <cstddef>
+#include <cstdint>
+
+namespace platform {
+
+using FileHandle = intptr_t;
+constexpr FileHandle kNoFile = -1;
+
+// kNoFile when the file cannot be opened for reading.
+FileHandle openForReading(const char16_t* path);
+// Reads up to `length` bytes; false on an error. `bytesRead` tells how many arrived (0 at the end).
+bool readFile(FileHandle file, void* buffer, size_t length, size_t* bytesRead);
+// Absolute position.
+bool seekFile(FileHandle file, uint64_t offset);
+bool fileSize(FileHandle file, uint64_t* size);
+void closeFile(FileHandle file);
+
+} // namespace platform

@@ -1,0 +1,53 @@
+#include "platform/files.h"
+
+#include "common/unicode.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace platform {
+
+FileHandle openForReading(const char16_t* path) {
+    int fd = open(utf16ToUtf8(path).c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) return kNoFile;
+    struct stat info;
+    if (fstat(fd, &info) != 0 || S_ISDIR(info.st_mode)) {
+        close(fd);
+        return kNoFile;
+    }
+    return fd;
+}
+
+bool readFile(FileHandle file, void* buffer, size_t length, size_t* bytesRead) {
+    size_t total = 0;
+    char* out = static_cast<char*>(buffer);
+    while (total < length) {
+        ssize_t got = read(static_cast<int>(file), out + total, length - total);
+        if (got < 0) {
+            *bytesRead = total;
+            return false;
+        }
+        if (got == 0) break;
+        total += static_cast<size_t>(got);
+    }
+    *bytesRead = total;
+    return true;
+}
+
+bool seekFile(FileHandle file, uint64_t offset) {
+    return lseek(static_cast<int>(file), static_cast<off_t>(offset), SEEK_SET) != static_cast<off_t>(-1);
+}
+
+bool fileSize(FileHandle file, uint64_t* size) {
+    struct stat info;
+    if (fstat(static_cast<int>(file), &info) != 0) return false;
+    *size = static_cast<uint64_t>(info.st_size);
+    return true;
+}
+
+void closeFile(FileHandle file) {
+    if (file != kNoFile) close(static_cast<int>(file));
+}
+
+} // namespace platform

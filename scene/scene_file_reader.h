@@ -1,0 +1,62 @@
+// The scene file's container: a header, then a chain of chunks whose bodies may be zstd frames.
+#pragma once
+#include "platform/files.h"
+#include "scene/scene_status.h"
+
+#include <cstddef>
+#include <cstdint>
+
+enum ChunkType : uint32_t {
+    ChunkSettings = 1,
+    ChunkCamera = 2,
+    ChunkCameraPath = 3,
+    ChunkTexMap = 4,
+    ChunkMaterial = 5,
+    ChunkTriangleMesh = 6,
+    ChunkSprites = 7,
+    ChunkFur = 8,
+    ChunkLight = 9,
+    ChunkLightPath = 10,
+    ChunkTextureFile = 11,
+    ChunkTextureData = 12,
+    ChunkPhxData = 13,
+};
+
+struct SceneFileHeader {
+    char magic[16];
+    uint32_t formatVersion;
+    uint64_t headerCheck;
+    uint64_t firstChunkOffset;
+};
+
+struct ChunkHeader {
+    uint32_t chunkVersion;
+    uint32_t chunkType;
+    uint32_t compression;
+    uint32_t headerSize;
+    uint64_t storedSize;
+    uint64_t nextChunkOffset;
+};
+static_assert(sizeof(ChunkHeader) == 32);
+
+class SceneFileReader {
+  public:
+    SceneFileReader() = default;
+    ~SceneFileReader() { close(); }
+    SceneFileReader(const SceneFileReader&) = delete;
+    SceneFileReader& operator=(const SceneFileReader&) = delete;
+
+    SceneStatus open(const char16_t* path);
+    void close();
+    // `offset` names the chunk to read, 0 meaning the first; on return it holds the offset read.
+    SceneStatus nextChunk(uint64_t& offset);
+    // `out` receives a pool block holding the decoded body (the caller frees it), or null.
+    SceneStatus readChunkBody(void*& out, uint64_t storedSize, uint32_t compression, uint64_t bodyOffset);
+
+    platform::FileHandle fileHandle = platform::kNoFile;
+    SceneFileHeader header{};
+    ChunkHeader chunk{};
+    uint64_t filePosition = 0;
+    uint64_t fileSize = 0;
+    SceneStatus status = SceneOk;
+};
