@@ -2,7 +2,7 @@
 
 namespace {
 
-void appendUtf8(std::string& out, char32_t c) {
+void appendUtf8(std::string &out, char32_t c) {
     if (c < 0x80) {
         out += static_cast<char>(c);
     } else if (c < 0x800) {
@@ -20,7 +20,7 @@ void appendUtf8(std::string& out, char32_t c) {
     }
 }
 
-void appendUtf16(std::u16string& out, char32_t c) {
+void appendUtf16(std::u16string &out, char32_t c) {
     if (c < 0x10000) {
         out += static_cast<char16_t>(c);
     } else {
@@ -34,22 +34,24 @@ constexpr char32_t kReplacement = 0xFFFD;
 
 } // namespace
 
-size_t wideLength(const char16_t* text) {
+size_t wideLength(const char16_t *text) {
     size_t n = 0;
-    while (text[n]) ++n;
+    while (text[n])
+        ++n;
     return n;
 }
 
-std::string utf16ToUtf8(const char16_t* text) {
+std::string utf16ToUtf8(const char16_t *text) {
     return utf16ToUtf8(std::u16string(text, wideLength(text)));
 }
 
-std::string utf16ToUtf8(const std::u16string& text) {
+std::string utf16ToUtf8(const std::u16string &text) {
     std::string out;
     out.reserve(text.size());
     for (size_t i = 0; i < text.size(); ++i) {
         char32_t c = text[i];
-        if (c >= 0xD800 && c <= 0xDBFF && i + 1 < text.size() && text[i + 1] >= 0xDC00 && text[i + 1] <= 0xDFFF) {
+        if (c >= 0xD800 && c <= 0xDBFF && i + 1 < text.size() && text[i + 1] >= 0xDC00 &&
+            text[i + 1] <= 0xDFFF) {
             c = 0x10000 + ((c - 0xD800) << 10) + (text[i + 1] - 0xDC00);
             ++i;
         } else if (c >= 0xD800 && c <= 0xDFFF) {
@@ -60,13 +62,17 @@ std::string utf16ToUtf8(const std::u16string& text) {
     return out;
 }
 
-std::u16string utf8ToUtf16(const std::string& text) {
+std::u16string utf8ToUtf16(const std::string &text) {
     std::u16string out;
     out.reserve(text.size());
     size_t i = 0;
     while (i < text.size()) {
         unsigned char lead = static_cast<unsigned char>(text[i]);
-        int extra = lead < 0x80 ? 0 : lead >= 0xF0 && lead < 0xF5 ? 3 : lead >= 0xE0 ? 2 : lead >= 0xC2 ? 1 : -1;
+        int extra = lead < 0x80                   ? 0
+                    : lead >= 0xF0 && lead < 0xF5 ? 3
+                    : lead >= 0xE0                ? 2
+                    : lead >= 0xC2                ? 1
+                                                  : -1;
         if (extra < 0 || (extra == 2 && lead >= 0xF0)) {
             appendUtf16(out, kReplacement);
             ++i;

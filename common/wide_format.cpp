@@ -11,13 +11,15 @@ struct Spec {
     char conversion = 0;
 };
 
-bool isFlag(char16_t c) { return c == u'-' || c == u'+' || c == u' ' || c == u'#' || c == u'0'; }
+bool isFlag(char16_t c) {
+    return c == u'-' || c == u'+' || c == u' ' || c == u'#' || c == u'0';
+}
 
-const FormatArg* take(const FormatArg* args, size_t count, size_t& next) {
+const FormatArg *take(const FormatArg *args, size_t count, size_t &next) {
     return next < count ? &args[next++] : nullptr;
 }
 
-int readNumber(const char16_t*& p) {
+int readNumber(const char16_t *&p) {
     int value = 0;
     while (*p >= u'0' && *p <= u'9') {
         if (value < 100000) value = value * 10 + (*p - u'0');
@@ -26,11 +28,12 @@ int readNumber(const char16_t*& p) {
     return value;
 }
 
-void appendAscii(std::u16string& out, const char* text) {
-    for (; *text; ++text) out += static_cast<char16_t>(static_cast<unsigned char>(*text));
+void appendAscii(std::u16string &out, const char *text) {
+    for (; *text; ++text)
+        out += static_cast<char16_t>(static_cast<unsigned char>(*text));
 }
 
-std::string numberFormat(const Spec& spec, const char* length) {
+std::string numberFormat(const Spec &spec, const char *length) {
     std::string f = "%" + spec.flags;
     if (spec.width >= 0) f += std::to_string(spec.width);
     if (spec.precision >= 0) f += "." + std::to_string(spec.precision);
@@ -39,17 +42,20 @@ std::string numberFormat(const Spec& spec, const char* length) {
     return f;
 }
 
-void appendNumber(std::u16string& out, const Spec& spec, const FormatArg* arg) {
+void appendNumber(std::u16string &out, const Spec &spec, const FormatArg *arg) {
     char buffer[512];
     bool real = spec.conversion == 'f' || spec.conversion == 'F' || spec.conversion == 'e' ||
                 spec.conversion == 'E' || spec.conversion == 'g' || spec.conversion == 'G' ||
                 spec.conversion == 'a' || spec.conversion == 'A';
     if (real) {
-        double value = !arg ? 0.0 : arg->kind == FormatArg::Kind::Real ? arg->real : static_cast<double>(arg->integer);
+        double value = !arg                                 ? 0.0
+                       : arg->kind == FormatArg::Kind::Real ? arg->real
+                                                            : static_cast<double>(arg->integer);
         std::snprintf(buffer, sizeof buffer, numberFormat(spec, "").c_str(), value);
     } else {
-        long long value = !arg ? 0 : arg->kind == FormatArg::Kind::Integer ? arg->integer
-                                                                           : static_cast<long long>(arg->real);
+        long long value = !arg                                    ? 0
+                          : arg->kind == FormatArg::Kind::Integer ? arg->integer
+                                                                  : static_cast<long long>(arg->real);
         if (spec.conversion == 'd' || spec.conversion == 'i')
             std::snprintf(buffer, sizeof buffer, numberFormat(spec, "ll").c_str(), value);
         else
@@ -59,7 +65,7 @@ void appendNumber(std::u16string& out, const Spec& spec, const FormatArg* arg) {
     appendAscii(out, buffer);
 }
 
-void appendText(std::u16string& out, const Spec& spec, const char16_t* text, size_t length) {
+void appendText(std::u16string &out, const Spec &spec, const char16_t *text, size_t length) {
     if (spec.precision >= 0 && length > static_cast<size_t>(spec.precision)) length = spec.precision;
     size_t pad = spec.width > 0 && static_cast<size_t>(spec.width) > length ? spec.width - length : 0;
     bool left = spec.flags.find('-') != std::string::npos;
@@ -70,19 +76,20 @@ void appendText(std::u16string& out, const Spec& spec, const char16_t* text, siz
 
 } // namespace
 
-std::u16string formatWideArgs(const char16_t* format, const FormatArg* args, size_t count) {
+std::u16string formatWideArgs(const char16_t *format, const FormatArg *args, size_t count) {
     std::u16string out;
     size_t next = 0;
-    for (const char16_t* p = format; *p;) {
+    for (const char16_t *p = format; *p;) {
         if (*p != u'%') {
             out += *p++;
             continue;
         }
-        const char16_t* start = p++;
+        const char16_t *start = p++;
         Spec spec;
-        while (isFlag(*p)) spec.flags += static_cast<char>(*p++);
+        while (isFlag(*p))
+            spec.flags += static_cast<char>(*p++);
         if (*p == u'*') {
-            const FormatArg* a = take(args, count, next);
+            const FormatArg *a = take(args, count, next);
             spec.width = a && a->kind == FormatArg::Kind::Integer ? static_cast<int>(a->integer) : 0;
             if (spec.width < 0) {
                 spec.flags += '-';
@@ -95,7 +102,7 @@ std::u16string formatWideArgs(const char16_t* format, const FormatArg* args, siz
         if (*p == u'.') {
             ++p;
             if (*p == u'*') {
-                const FormatArg* a = take(args, count, next);
+                const FormatArg *a = take(args, count, next);
                 spec.precision = a && a->kind == FormatArg::Kind::Integer ? static_cast<int>(a->integer) : 0;
                 ++p;
             } else {
@@ -122,23 +129,35 @@ std::u16string formatWideArgs(const char16_t* format, const FormatArg* args, siz
             break;
         case u's':
         case u'S': {
-            const FormatArg* a = take(args, count, next);
-            const char16_t* text = u"";
+            const FormatArg *a = take(args, count, next);
+            const char16_t *text = u"";
             if (a && a->kind == FormatArg::Kind::Text) text = a->text ? a->text : u"(null)";
             appendText(out, spec, text, std::char_traits<char16_t>::length(text));
             break;
         }
         case u'c':
         case u'C': {
-            const FormatArg* a = take(args, count, next);
+            const FormatArg *a = take(args, count, next);
             char16_t ch = a && a->kind == FormatArg::Kind::Integer ? static_cast<char16_t>(a->integer) : 0;
             Spec plain = spec;
             plain.precision = -1;
             appendText(out, plain, &ch, ch ? 1 : 0);
             break;
         }
-        case u'd': case u'i': case u'u': case u'x': case u'X': case u'o':
-        case u'f': case u'F': case u'e': case u'E': case u'g': case u'G': case u'a': case u'A':
+        case u'd':
+        case u'i':
+        case u'u':
+        case u'x':
+        case u'X':
+        case u'o':
+        case u'f':
+        case u'F':
+        case u'e':
+        case u'E':
+        case u'g':
+        case u'G':
+        case u'a':
+        case u'A':
             appendNumber(out, spec, take(args, count, next));
             break;
         default:
@@ -150,7 +169,7 @@ std::u16string formatWideArgs(const char16_t* format, const FormatArg* args, siz
     return out;
 }
 
-bool copyBounded(char16_t* dest, size_t capacity, const char16_t* text) {
+bool copyBounded(char16_t *dest, size_t capacity, const char16_t *text) {
     if (capacity == 0) return false;
     size_t i = 0;
     for (; text[i]; ++i) {

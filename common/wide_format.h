@@ -13,19 +13,18 @@ struct FormatArg {
     enum class Kind { Integer, Real, Text } kind;
     int64_t integer = 0;
     double real = 0;
-    const char16_t* text = nullptr;
+    const char16_t *text = nullptr;
 
     template <class T, std::enable_if_t<std::is_integral_v<T>, int> = 0>
     FormatArg(T value) : kind(Kind::Integer), integer(static_cast<int64_t>(value)) {}
     FormatArg(double value) : kind(Kind::Real), real(value) {}
-    FormatArg(const char16_t* value) : kind(Kind::Text), text(value) {}
-    FormatArg(const std::u16string& value) : kind(Kind::Text), text(value.c_str()) {}
+    FormatArg(const char16_t *value) : kind(Kind::Text), text(value) {}
+    FormatArg(const std::u16string &value) : kind(Kind::Text), text(value.c_str()) {}
 };
 
-std::u16string formatWideArgs(const char16_t* format, const FormatArg* args, size_t count);
+std::u16string formatWideArgs(const char16_t *format, const FormatArg *args, size_t count);
 
-template <class... Args>
-std::u16string formatWide(const char16_t* format, const Args&... args) {
+template <class... Args> std::u16string formatWide(const char16_t *format, const Args &...args) {
     if constexpr (sizeof...(Args) == 0) {
         return formatWideArgs(format, nullptr, 0);
     } else {
@@ -36,4 +35,4 @@ std::u16string formatWide(const char16_t* format, const Args&... args) {
 
 // Copies as much of `text` as fits into `dest` and always terminates it.
 // True when nothing was cut.
-bool copyBounded(char16_t* dest, size_t capacity, const char16_t* text);
+bool copyBounded(char16_t *dest, size_t capacity, const char16_t *text);
