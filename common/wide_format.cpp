@@ -1,6 +1,7 @@
 #include "common/wide_format.h"
 
 #include <cstdio>
+#include <limits>
 
 namespace {
 
@@ -17,6 +18,18 @@ bool isFlag(char16_t c) {
 
 const FormatArg *take(const FormatArg *args, size_t count, size_t &next) {
     return next < count ? &args[next++] : nullptr;
+}
+
+// Largest width or precision taken from a '*' argument: no larger than a written number can give,
+// and small enough that the negation of a negative width cannot overflow.
+constexpr int64_t kMaxStarValue = 999999;
+
+int starValue(const FormatArg *arg) {
+    if (!arg || arg->kind != FormatArg::Kind::Integer) return 0;
+    int64_t value = arg->integer;
+    if (value > kMaxStarValue) value = kMaxStarValue;
+    if (value < -kMaxStarValue) value = -kMaxStarValue;
+    return static_cast<int>(value);
 }
 
 int readNumber(const char16_t *&p) {
@@ -42,29 +55,6 @@ std::string numberFormat(const Spec &spec, const char *length) {
     return f;
 }
 
-void appendNumber(std::u16string &out, const Spec &spec, const FormatArg *arg) {
-    char buffer[512];
-    bool real = spec.conversion == 'f' || spec.conversion == 'F' || spec.conversion == 'e' ||
-                spec.conversion == 'E' || spec.conversion == 'g' || spec.conversion == 'G' ||
-                spec.conversion == 'a' || spec.conversion == 'A';
-    if (real) {
-        double value = !arg                                 ? 0.0
-                       : arg->kind == FormatArg::Kind::Real ? arg->real
-                                                            : static_cast<double>(arg->integer);
-        std::snprintf(buffer, sizeof buffer, numberFormat(spec, "").c_str(), value);
-    } else {
-        long long value = !arg                                    ? 0
-                          : arg->kind == FormatArg::Kind::Integer ? arg->integer
-                                                                  : static_cast<long long>(arg->real);
-        if (spec.conversion == 'd' || spec.conversion == 'i')
-            std::snprintf(buffer, sizeof buffer, numberFormat(spec, "ll").c_str(), value);
-        else
-            std::snprintf(buffer, sizeof buffer, numberFormat(spec, "ll").c_str(),
-                          static_cast<unsigned long long>(value));
-    }
-    appendAscii(out, buffer);
-}
-
 void appendText(std::u16string &out, const Spec &spec, const char16_t *text, size_t length) {
     if (spec.precision >= 0 && length > static_cast<size_t>(spec.precision)) length = spec.precision;
     size_t pad = spec.width > 0 && static_cast<size_t>(spec.width) > length ? spec.width - length : 0;
@@ -72,6 +62,51 @@ void appendText(std::u16string &out, const Spec &spec, const char16_t *text, siz
     if (!left) out.append(pad, u' ');
     out.append(text, length);
     if (left) out.append(pad, u' ');
+}
+
+// Formats one number through the C library, sized to the result so that no width is cut.
+template <class T> void appendPrintf(std::u16string &out, const std::string &format, T value) {
+    int length = std::snprintf(nullptr, 0, format.c_str(), value);
+    if (length <= 0) return;
+    std::string buffer(static_cast<size_t>(length) + 1, '\0');
+    std::snprintf(buffer.data(), buffer.size(), format.c_str(), value);
+    buffer.resize(static_cast<size_t>(length));
+    appendAscii(out, buffer.c_str());
+}
+
+// A real given to an integer conversion is truncated toward zero; outside the range of the
+// conversion (or NaN) a plain cast would be undefined, so it saturates instead.
+long long realToInteger(double value) {
+    if (value != value) return 0;
+    if (value >= 9223372036854775808.0) return std::numeric_limits<long long>::max();
+    if (value <= -9223372036854775808.0) return std::numeric_limits<long long>::min();
+    return static_cast<long long>(value);
+}
+
+void appendNumber(std::u16string &out, const Spec &spec, const FormatArg *arg) {
+    if (!arg || arg->kind == FormatArg::Kind::Text) {
+        Spec empty = spec;
+        empty.precision = -1;
+        appendText(out, empty, u"", 0);
+        return;
+    }
+    bool real = spec.conversion == 'f' || spec.conversion == 'F' || spec.conversion == 'e' ||
+                spec.conversion == 'E' || spec.conversion == 'g' || spec.conversion == 'G' ||
+                spec.conversion == 'a' || spec.conversion == 'A';
+    if (real) {
+        double value = arg->kind == FormatArg::Kind::Real ? arg->real : static_cast<double>(arg->integer);
+        appendPrintf(out, numberFormat(spec, ""), value);
+    } else {
+        long long value = arg->kind == FormatArg::Kind::Integer ? arg->integer : realToInteger(arg->real);
+        if (spec.conversion == 'd' || spec.conversion == 'i') {
+            appendPrintf(out, numberFormat(spec, "ll"), value);
+        } else {
+            // An unsigned conversion sees the bits of the argument as it was passed.
+            unsigned long long bits = static_cast<unsigned long long>(value);
+            if (arg->kind == FormatArg::Kind::Integer && arg->integerBits == 32) bits &= 0xFFFFFFFFull;
+            appendPrintf(out, numberFormat(spec, "ll"), bits);
+        }
+    }
 }
 
 } // namespace
@@ -89,8 +124,7 @@ std::u16string formatWideArgs(const char16_t *format, const FormatArg *args, siz
         while (isFlag(*p))
             spec.flags += static_cast<char>(*p++);
         if (*p == u'*') {
-            const FormatArg *a = take(args, count, next);
-            spec.width = a && a->kind == FormatArg::Kind::Integer ? static_cast<int>(a->integer) : 0;
+            spec.width = starValue(take(args, count, next));
             if (spec.width < 0) {
                 spec.flags += '-';
                 spec.width = -spec.width;
@@ -102,8 +136,7 @@ std::u16string formatWideArgs(const char16_t *format, const FormatArg *args, siz
         if (*p == u'.') {
             ++p;
             if (*p == u'*') {
-                const FormatArg *a = take(args, count, next);
-                spec.precision = a && a->kind == FormatArg::Kind::Integer ? static_cast<int>(a->integer) : 0;
+                spec.precision = starValue(take(args, count, next));
                 ++p;
             } else {
                 spec.precision = readNumber(p);

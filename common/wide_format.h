@@ -1,7 +1,8 @@
 // printf-style formatting of wide text, the way the client's console messages are written.
 //
 // Arguments are typed, so a format with more conversions than arguments (a message text
-// used as a format) prints the missing ones as empty instead of reading garbage.
+// used as a format) prints the missing ones as empty instead of reading garbage; an argument
+// of the wrong kind for its conversion (text for %i, a number for %s) prints as empty too.
 // %s, %S and %ls all take wide text.
 #pragma once
 #include <cstddef>
@@ -12,11 +13,15 @@
 struct FormatArg {
     enum class Kind { Integer, Real, Text } kind;
     int64_t integer = 0;
+    // Width of the integer as a C variadic call would pass it (small types promote to int), so
+    // that %u and %x of a negative int print 32 bits, not 64.
+    int integerBits = 64;
     double real = 0;
     const char16_t *text = nullptr;
 
     template <class T, std::enable_if_t<std::is_integral_v<T>, int> = 0>
-    FormatArg(T value) : kind(Kind::Integer), integer(static_cast<int64_t>(value)) {}
+    FormatArg(T value)
+        : kind(Kind::Integer), integer(static_cast<int64_t>(value)), integerBits(sizeof(T) > 4 ? 64 : 32) {}
     FormatArg(double value) : kind(Kind::Real), real(value) {}
     FormatArg(const char16_t *value) : kind(Kind::Text), text(value) {}
     FormatArg(const std::u16string &value) : kind(Kind::Text), text(value.c_str()) {}
