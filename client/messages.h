@@ -1,0 +1,24 @@
+// Texts the client shows, exactly as users and scripts know them.
+#pragma once
+
+namespace messages {
+
+constexpr char16_t kLibraryNotFound[] = u"Error: Tavi Tracer AVX library not found!";
+constexpr char16_t kInvalidLibrary[] = u"Error: Invalid Tavi Tracer AVX library!";
+constexpr char16_t kClosingRenderer[] = u"Closing renderer ...";
+constexpr char16_t kNotStarted[] = u"Rendering not started because of errors or warnings.\n";
+constexpr char16_t kFinished[] = u"Rendering finished without errors.\n";
+constexpr char16_t kFailed[] = u"Rendering failed!\n\n";
+constexpr char16_t kProblems[] = u"The errors and problems:\n\n";
+constexpr char16_t kRendering[] = u"Rendering ...\n";
+constexpr char16_t kStatistics[] = u"Calculate statistics ...\n";
+constexpr char16_t kPreparingTitle[] = u"TaviClient [preparing...]: %s";
+constexpr char16_t kEstimatingTitle[] = u"TaviClient [estimating...]: %s";
+constexpr char16_t kRenderTitle[] =
+    u"TaviClient %.1f%% done [%i passes, %i:%02i:%02i elapsed, %i:%02i:%02i left]: %s";
+
+constexpr char16_t kInvalidScene[] = u"Error: invalid scene file.";
+constexpr char16_t kUnknownVersion[] = u"Error: unknown version of scene file.";
+constexpr char16_t kIoError[] = u"Error: IO error.";
+
+} // namespace messages

@@ -1,0 +1,151 @@
+// The recording engine: answers every operation of the boundary, writes one line per call
+// to recording.log beside the module, and acts as recording.script beside the module says.
+#include "bridge/tracer.h"
+#include "common/unicode.h"
+#include "engines/recording/recording_script.h"
+
+#include <chrono>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+#include <thread>
+
+namespace {
+
+template <class T>
+T fieldAt(const void* record, size_t offset) {
+    T value;
+    std::memcpy(&value, static_cast<const char*>(record) + offset, sizeof value);
+    return value;
+}
+
+// Wide text in a fixed field: stops at the terminator or at the end of the field.
+std::string textAt(const void* record, size_t offset, size_t capacity) {
+    std::u16string text;
+    for (size_t i = 0; i < capacity; ++i) {
+        char16_t c = fieldAt<char16_t>(record, offset + 2 * i);
+        if (!c) break;
+        text += c;
+    }
+    return "\"" + utf16ToUtf8(text) + "\"";
+}
+
+std::string wide(const char16_t* text) { return "\"" + (text ? utf16ToUtf8(text) : std::string()) + "\""; }
+
+struct SettingsField {
+    const char* name;
+    size_t offset;
+    size_t textCapacity; // 0 for a 32-bit integer
+};
+
+// The settings that the client itself decides on.
+const SettingsField kSettingsFields[] = {
+    {"MaxIterations", 0x8, 0},       {"frame", 0x296C, 0},           {"fps", 0x2970, 0},
+    {"ToneOperator", 0x70D0, 0},     {"ImageSizeX", 0x84B0, 0},      {"ImageSizeY", 0x84B4, 0},
+    {"RegionX", 0x84B8, 0},          {"RegionY", 0x84BC, 0},         {"RegionSizeX", 0x84C0, 0},
+    {"RegionSizeY", 0x84C4, 0},      {"OutputPath", 0x84C8, 384},    {"OutputName", 0x87C8, 64},
+    {"SaveJPEG", 0x8B48, 0},         {"SaveTIFF", 0x8B4C, 0},        {"SaveEXR", 0x8B50, 0},
+    {"MaxThreads", 0x8B64, 0},       {"NotCheckMaxThreads", 0x8B6C, 0}, {"NoAffinityMask", 0x8B70, 0},
+    {"AffinityShift", 0x8B74, 0},    {"flag8B88", 0x8B88, 0},        {"flag8B98", 0x8B98, 0},
+    {"flag8BA0", 0x8BA0, 0},         {"CachePath", 0x9234, 384},     {"StartingVolumetricMaterial", 0x9844, 0},
+};
+
+class RecordingEngine final : public ITaviTracer {
+  public:
+    int32_t initialise(const char16_t* libraryPath) override {
+        std::string path = libraryPath ? utf16ToUtf8(libraryPath) : std::string();
+        size_t slash = path.find_last_of('/');
+        folder_ = slash == std::string::npos ? "." : path.substr(0, slash);
+        script_ = readRecordingScript(folder_ + "/recording.script");
+        log_.open(folder_ + "/recording.log", std::ios::app);
+        return record("initialise", "module=" + wide(libraryPath));
+    }
+    int32_t reserved1() override { return record("reserved1", ""); }
+    int32_t reserved2() override { return record("reserved2", ""); }
+    int32_t reserved3() override { return record("reserved3", ""); }
+    int32_t reserved4() override { return record("reserved4", ""); }
+    int32_t shutdown(ITaviRenderCallback*) override { return record("shutdown", ""); }
+
+    int32_t beginScene(SettingsRecord* settings, ITaviRenderCallback*, int32_t zero) override {
+        std::ostringstream fields;
+        for (const SettingsField& f : kSettingsFields) {
+            fields << ' ' << f.name << '=';
+            if (f.textCapacity) fields << textAt(settings, f.offset, f.textCapacity);
+            else fields << fieldAt<int32_t>(settings, f.offset);
+        }
+        return record("beginScene", "zero=" + std::to_string(zero) + fields.str());
+    }
+    int32_t addTextureFolder(const char16_t* folder) override {
+        return record("addTextureFolder", "path=" + wide(folder));
+    }
+    int32_t addMaterial(MaterialRecord* material) override {
+        return record("addMaterial", header(material, 12));
+    }
+    int32_t addTexMap(TexMapRecord* texmap) override { return record("addTexMap", header(texmap, 8)); }
+    int32_t addTextureData(TextureDataRecord*, ITaviRenderCallback*) override {
+        return record("addTextureData", "");
+    }
+    int32_t addTextureFile(TextureFileRecord*, ITaviRenderCallback*) override {
+        return record("addTextureFile", "");
+    }
+    int32_t endLights() override { return record("endLights", ""); }
+    int32_t addTriangleMeshes(bridgeTriangleMesh*, ITaviRenderCallback*) override {
+        return record("addTriangleMeshes", "");
+    }
+    int32_t addFur(bridgeFurMesh*, ITaviRenderCallback*) override { return record("addFur", ""); }
+    int32_t addSprites(bridgeSprMesh*, ITaviRenderCallback*) override { return record("addSprites", ""); }
+    int32_t endScene(ITaviRenderCallback*) override { return record("endScene", ""); }
+    int32_t reserved17() override { return record("reserved17", ""); }
+    int32_t reserved18() override { return record("reserved18", ""); }
+    int32_t addLight(bridgeLight*) override { return record("addLight", ""); }
+    int32_t addCamera(bridgeCamera*) override { return record("addCamera", ""); }
+    int32_t endGeometry() override { return record("endGeometry", ""); }
+
+    int32_t render(ITaviRenderCallback* callback) override {
+        int32_t level = record("render", "");
+        for (const RenderAction& action : script_.renderActions) perform(action, callback);
+        return level;
+    }
+
+  private:
+    static std::string header(const void* record, size_t nameOffset) {
+        return "type=" + std::to_string(fieldAt<int32_t>(record, 0)) +
+               " id=" + std::to_string(fieldAt<int32_t>(record, 4)) + " name=" + textAt(record, nameOffset, 64);
+    }
+
+    int32_t record(const std::string& operation, const std::string& details) {
+        log_ << operation;
+        if (!details.empty()) log_ << ' ' << details;
+        log_ << '\n' << std::flush;
+        return script_.resultOf(operation);
+    }
+
+    void perform(const RenderAction& action, ITaviRenderCallback* callback) {
+        std::u16string text = utf8ToUtf16(action.text);
+        switch (action.kind) {
+        case RenderAction::Kind::Progress: {
+            ProgressInfo info{action.fraction, action.stage, 0, action.passes};
+            callback->onProgress(&info);
+            break;
+        }
+        case RenderAction::Kind::Error: callback->reportError(text.c_str(), 0); break;
+        case RenderAction::Kind::Warning: callback->reportWarning(text.c_str(), 0); break;
+        case RenderAction::Kind::Info: callback->reportInfo(text.c_str()); break;
+        case RenderAction::Kind::Sleep:
+            std::this_thread::sleep_for(std::chrono::milliseconds(action.milliseconds));
+            break;
+        }
+    }
+
+    std::string folder_;
+    std::ofstream log_;
+    RecordingScript script_;
+};
+
+RecordingEngine gEngine;
+
+} // namespace
+
+extern "C" {
+TAVI_ENGINE_EXPORT ITaviTracer* pTaviTracer = &gEngine;
+}

@@ -1,0 +1,125 @@
+#include "tests/support/client_sandbox.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <pty.h>
+#include <sstream>
+#include <stdexcept>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+
+std::string recordingEnginePath() { return TAVI_RECORDING_ENGINE; }
+std::string invalidEnginePath() { return TAVI_INVALID_ENGINE; }
+std::string clientExecutablePath() { return TAVI_CLIENT_EXECUTABLE; }
+
+namespace {
+
+std::string drain(int fd) {
+    std::string out;
+    char buffer[4096];
+    for (;;) {
+        ssize_t got = read(fd, buffer, sizeof buffer);
+        if (got > 0) {
+            out.append(buffer, static_cast<size_t>(got));
+        } else if (got < 0 && errno == EINTR) {
+            continue;
+        } else {
+            break; // end of pipe, or EIO once the terminal's other side has closed
+        }
+    }
+    return out;
+}
+
+[[noreturn]] void execClient(const std::string& executable, const std::vector<std::string>& arguments) {
+    std::vector<char*> argv;
+    argv.push_back(const_cast<char*>(executable.c_str()));
+    for (const std::string& a : arguments) argv.push_back(const_cast<char*>(a.c_str()));
+    argv.push_back(nullptr);
+    execv(executable.c_str(), argv.data());
+    _exit(127);
+}
+
+int waitFor(pid_t child) {
+    int status = 0;
+    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+ClientRun runExecutable(const std::string& executable, const std::vector<std::string>& arguments, bool onTerminal) {
+    ClientRun result;
+    int fd = -1;
+    pid_t child;
+    if (onTerminal) {
+        child = forkpty(&fd, nullptr, nullptr, nullptr);
+        if (child == 0) execClient(executable, arguments);
+    } else {
+        int pipeEnds[2];
+        if (pipe(pipeEnds) != 0) throw std::runtime_error("pipe");
+        child = fork();
+        if (child == 0) {
+            dup2(pipeEnds[1], STDOUT_FILENO);
+            close(pipeEnds[0]);
+            close(pipeEnds[1]);
+            execClient(executable, arguments);
+        }
+        close(pipeEnds[1]);
+        fd = pipeEnds[0];
+    }
+    if (child < 0) throw std::runtime_error("fork");
+    result.output = drain(fd);
+    close(fd);
+    result.exitStatus = waitFor(child);
+    return result;
+}
+
+void copyInto(const std::string& source, const std::string& folder, const std::string& name) {
+    fs::copy_file(source, fs::path(folder) / name, fs::copy_options::overwrite_existing);
+}
+
+} // namespace
+
+ClientRun runClientCopy(const std::string& folder, const std::vector<std::string>& arguments) {
+    copyInto(clientExecutablePath(), folder, "TaviClient");
+    return runExecutable(folder + "/TaviClient", arguments, false);
+}
+
+ClientSandbox::ClientSandbox(const std::string& enginePath) {
+    std::string pattern = (fs::temp_directory_path() / "tavi-client-XXXXXX").string();
+    if (!mkdtemp(pattern.data())) throw std::runtime_error("mkdtemp");
+    folder_ = pattern;
+    copyInto(clientExecutablePath(), folder_, "TaviClient");
+    if (!enginePath.empty()) copyInto(enginePath, folder_, "TaviTracerAVX.so");
+}
+
+ClientSandbox::~ClientSandbox() {
+    std::error_code ignored;
+    fs::remove_all(folder_, ignored);
+}
+
+void ClientSandbox::writeFile(const std::string& name, const std::string& content) const {
+    std::ofstream(path(name), std::ios::binary) << content;
+}
+
+std::string ClientSandbox::readFile(const std::string& name) const {
+    std::ifstream in(path(name), std::ios::binary);
+    std::ostringstream content;
+    content << in.rdbuf();
+    return content.str();
+}
+
+std::vector<std::string> ClientSandbox::engineLog() const {
+    std::vector<std::string> lines;
+    std::istringstream in(readFile("recording.log"));
+    for (std::string line; std::getline(in, line);) lines.push_back(line);
+    return lines;
+}
+
+ClientRun ClientSandbox::run(const std::vector<std::string>& arguments, bool onTerminal) const {
+    return runExecutable(folder_ + "/TaviClient", arguments, onTerminal);
+}

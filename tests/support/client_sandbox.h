@@ -1,0 +1,39 @@
+// Runs the real TaviClient executable in a folder of its own, beside a chosen engine module.
+#pragma once
+#include <string>
+#include <vector>
+
+struct ClientRun {
+    int exitStatus = -1; // as the shell sees it: 0..255
+    std::string output;  // standard output, raw bytes
+};
+
+class ClientSandbox {
+  public:
+    // `enginePath` empty: no engine module in the folder.
+    explicit ClientSandbox(const std::string& enginePath);
+    ~ClientSandbox();
+    ClientSandbox(const ClientSandbox&) = delete;
+    ClientSandbox& operator=(const ClientSandbox&) = delete;
+
+    const std::string& folder() const { return folder_; }
+    std::string path(const std::string& name) const { return folder_ + "/" + name; }
+    void writeFile(const std::string& name, const std::string& content) const;
+    std::string readFile(const std::string& name) const;
+    // The engine's log, one entry per line.
+    std::vector<std::string> engineLog() const;
+    void writeEngineScript(const std::string& script) const { writeFile("recording.script", script); }
+
+    // On a pseudo-terminal the client also writes its console title escapes.
+    ClientRun run(const std::vector<std::string>& arguments, bool onTerminal = false) const;
+
+  private:
+    std::string folder_;
+};
+
+std::string recordingEnginePath();
+std::string invalidEnginePath();
+std::string clientExecutablePath();
+
+// Copies the client (not a link) to `folder` and runs it from there.
+ClientRun runClientCopy(const std::string& folder, const std::vector<std::string>& arguments);

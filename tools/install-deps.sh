@@ -1,0 +1,17 @@
+#!/bin/sh
+# Installs the Debian packages that the build and the tests need, only those that are missing.
+set -eu
+packages="cmake g++ make pkg-config libgtest-dev libgmock-dev libbenchmark-dev libpugixml-dev libzstd-dev zstd"
+missing=""
+for p in $packages; do
+    dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing="$missing $p"
+done
+[ -z "$missing" ] && exit 0
+if [ "$(id -u)" -ne 0 ]; then
+    echo "missing packages:$missing (run as root, or install them with apt-get)" >&2
+    exit 1
+fi
+echo "installing:$missing"
+export DEBIAN_FRONTEND=noninteractive
+apt-get update -qq
+apt-get install -y -qq --no-install-recommends $missing
