@@ -43,6 +43,8 @@ struct PoolShardStats {
 };
 // Taken under the shard's lock.
 PoolShardStats poolShardStats(PoolAllocator* pool, unsigned shard);
+// The bin whose list holds the free block at `payload`, -1 if no bin holds it.
+int poolFreeBlockBin(PoolAllocator* pool, unsigned shard, const void* payload);
 const void* poolShardAddress(const PoolAllocator* pool, unsigned shard);
 
 // The first four words of the header in front of `payload`.

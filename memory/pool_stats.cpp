@@ -57,6 +57,18 @@ PoolShardStats poolShardStats(PoolAllocator* pool, unsigned index) {
     return stats;
 }
 
+int poolFreeBlockBin(PoolAllocator* pool, unsigned index, const void* payload) {
+    PoolShard& shard = pool->shards[index];
+    SpinGuard<uint64_t> guard(shard.lock);
+    const PoolBlock* wanted = static_cast<const PoolBlock*>(payload) - 1;
+    for (unsigned bin = 0; bin < kBinCount; ++bin) {
+        for (const PoolBlock* block = shard.bins[bin]; block; block = block->nextFree) {
+            if (block == wanted) return static_cast<int>(bin);
+        }
+    }
+    return -1;
+}
+
 PoolBlockWords poolBlockWords(const void* payload) {
     const PoolBlock* block = static_cast<const PoolBlock*>(payload) - 1;
     return PoolBlockWords{reinterpret_cast<uintptr_t>(block->prevPhysical), block->sizeAndFlags,

@@ -47,6 +47,7 @@ TEST(ClientNew, SmallBlocksArePlainAndBigOnesCarryABackPointer) {
     };
     const Case cases[] = {{1, false, 64},          {64, false, 64},          {100, false, 128},
                           {4095, false, 4096},     {4096, true, 4160},       {4097, true, 4160},
+                          {4121, true, 4160},      {4122, true, 4224},
                           {5000, true, 5056},      {0x3350, true, 0x3380},   {size_t(1) << 20, true, (1u << 20) + 64}};
     PoolAllocator* pool = poolInstance();
     for (const Case& c : cases) {

@@ -179,6 +179,26 @@ TEST_F(PoolTest, SplitsOnlyWith192BytesOfSlack) {
     }
 }
 
+TEST_F(PoolTest, FreeBlocksAreBinnedByTheLog2OfTheirPayloadIn64s) {
+    struct Case {
+        size_t payload;
+        int bin;
+    };
+    const Case cases[] = {{64, 0},     {128, 1},    {192, 1},     {256, 2},      {448, 2},
+                          {512, 3},    {1024, 4},   {1088, 4},    {2048, 5},     {4032, 5},
+                          {4096, 6},   {65536, 10}, {262144, 12}, {524288, 13}};
+    for (const Case& c : cases) {
+        void* block = poolAlloc(pool, c.payload);
+        void* guard = poolAlloc(pool, 64);
+        ASSERT_NE(block, nullptr);
+        ASSERT_NE(guard, nullptr);
+        poolFree(pool, block); // the first block of the region, held apart by the guard
+        EXPECT_EQ(poolFreeBlockBin(pool, shard, block), c.bin) << c.payload;
+        poolFree(pool, guard);
+        EXPECT_EQ(poolFreeBlockBin(pool, shard, block), 13) << "merged back to the whole region";
+    }
+}
+
 TEST_F(PoolTest, FirstFitInTheRequestsBinThenAnyLargerBin) {
     // Free blocks of 640 and 768 (bin 3), each held apart by a guard.
     void* a = poolAlloc(pool, 640);

@@ -14,29 +14,32 @@
 
 namespace {
 
-// Remembers every event before the allocator handles it.
-class RecordingAllocator : public poolmemThreadAllocator {
-  public:
-    using poolmemThreadAllocator::poolmemThreadAllocator;
-    struct Event {
-        poolmemPage* page;
-        int event;
-    };
-    void onPageEvent(poolmemPage* page, int event, uint8_t* regionReleased, bool takeLock) override {
-        if (count < 64) events[count] = Event{page, event};
-        ++count;
-        poolmemThreadAllocator::onPageEvent(page, event, regionReleased, takeLock);
-    }
-    Event events[64] = {};
-    int count = 0;
-};
-
 bool onList(const poolmemPage* head, const poolmemPage* page) {
     for (; head; head = head->next) {
         if (head == page) return true;
     }
     return false;
 }
+
+// Remembers every event, and the list that the page was on when it came, before
+// the allocator handles it.
+class RecordingAllocator : public poolmemThreadAllocator {
+  public:
+    using poolmemThreadAllocator::poolmemThreadAllocator;
+    struct Event {
+        poolmemPage* page;
+        int event;
+        char list; // 'e'mpty, 'p'artial, 'f'ull
+    };
+    void onPageEvent(poolmemPage* page, int event, uint8_t* regionReleased, bool takeLock) override {
+        char list = onList(emptyPages, page) ? 'e' : onList(partialPages, page) ? 'p' : 'f';
+        if (count < 64) events[count] = Event{page, event, list};
+        ++count;
+        poolmemThreadAllocator::onPageEvent(page, event, regionReleased, takeLock);
+    }
+    Event events[64] = {};
+    int count = 0;
+};
 
 bool bit(const poolmemPage* page, unsigned index) { return (page->bitmap[index / 32] >> (index % 32)) & 1u; }
 
@@ -72,8 +75,10 @@ TEST(Slab, CapacityFollowsTheElementSize) {
         uint16_t elementSize;
         uint16_t effectiveSize;
         unsigned capacity;
+        char listWhenFull; // a page that is full at its first use went to the partial list first
     };
-    const Case cases[] = {{24, 24, 168}, {16, 16, 252}, {8, 16, 252}, {100, 100, 40}, {2016, 2016, 2}, {4032, 4032, 1}};
+    const Case cases[] = {{24, 24, 168, 'e'},  {16, 16, 252, 'e'},     {8, 16, 252, 'e'},
+                          {100, 100, 40, 'e'}, {2016, 2016, 2, 'e'}, {4032, 4032, 1, 'p'}};
     for (const Case& c : cases) {
         RecordingAllocator slab(c.elementSize);
         std::vector<char*> elements;
@@ -94,6 +99,7 @@ TEST(Slab, CapacityFollowsTheElementSize) {
         ASSERT_GE(slab.count, 2) << c.elementSize;
         EXPECT_EQ(slab.events[0].event, poolmemPageFirstUse) << c.elementSize;
         EXPECT_EQ(slab.events[1].event, poolmemPageBecameFull) << c.elementSize;
+        EXPECT_EQ(slab.events[1].list, c.listWhenFull) << c.elementSize;
         for (char* element : elements) poolmemThreadAllocator::release(element);
         poolmemThreadAllocator::release(next);
     }
@@ -107,7 +113,9 @@ TEST(Slab, PageEventsAcrossFillingAndEmptyingAPage) {
     ASSERT_EQ(slab.count, 2);
     EXPECT_EQ(slab.events[0].page, page);
     EXPECT_EQ(slab.events[0].event, poolmemPageFirstUse);
+    EXPECT_EQ(slab.events[0].list, 'e');
     EXPECT_EQ(slab.events[1].event, poolmemPageBecameFull);
+    EXPECT_EQ(slab.events[1].list, 'e') << "a page in use stays on the empty list while it has room";
     EXPECT_EQ(page->nextIndex, 168u);
     EXPECT_EQ(page->pagesInUse, 1u);
     const uint32_t fullBitmap[8] = {~0u, ~0u, ~0u, ~0u, ~0u, 0xFFu, 0, 0};
@@ -119,6 +127,7 @@ TEST(Slab, PageEventsAcrossFillingAndEmptyingAPage) {
     poolmemThreadAllocator::release(elements[5]);
     ASSERT_EQ(slab.count, 3);
     EXPECT_EQ(slab.events[2].event, poolmemPageLeftFull);
+    EXPECT_EQ(slab.events[2].list, 'f');
     EXPECT_TRUE(onList(slab.partialPages, page));
     EXPECT_FALSE(bit(page, 5));
     EXPECT_EQ(page->usedCount, 167u);
@@ -142,6 +151,7 @@ TEST(Slab, PageEventsAcrossFillingAndEmptyingAPage) {
     }
     ASSERT_EQ(slab.count, eventsBefore + 1);
     EXPECT_EQ(slab.events[eventsBefore].event, poolmemPageBecameEmpty);
+    EXPECT_EQ(slab.events[eventsBefore].list, 'p');
     EXPECT_EQ(page->usedCount, 0u);
     EXPECT_EQ(page->nextIndex, 0u);
     const uint32_t emptyBitmap[8] = {};
@@ -151,6 +161,22 @@ TEST(Slab, PageEventsAcrossFillingAndEmptyingAPage) {
     EXPECT_EQ(page->pagesInUse, 1u);
     EXPECT_EQ(slab.allocate(), reinterpret_cast<char*>(page) + 64) << "reused from its start";
     poolmemThreadAllocator::release(other);
+}
+
+TEST(Slab, FreedElementWaitsUntilThePageEmpties) {
+    for (unsigned freed : {0u, 1u, 2u}) {
+        poolmemThreadAllocator slab;
+        char* elements[3];
+        for (char*& element : elements) element = static_cast<char*>(slab.allocate());
+        poolmemThreadAllocator::release(elements[freed]);
+        char* next = static_cast<char*>(slab.allocate());
+        EXPECT_EQ(next, elements[0] + 3 * 24) << freed;
+        for (unsigned i = 0; i < 3; ++i) {
+            if (i != freed) poolmemThreadAllocator::release(elements[i]);
+        }
+        poolmemThreadAllocator::release(next);
+        EXPECT_EQ(slab.allocate(), elements[0]) << freed << ": the emptied page starts over";
+    }
 }
 
 TEST(Slab, RegionIsUnmappedWhenEmptyOnlyIfAskedTo) {
