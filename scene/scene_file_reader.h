@@ -59,4 +59,27 @@ class SceneFileReader {
     uint64_t filePosition = 0;
     uint64_t fileSize = 0;
     SceneStatus status = SceneOk;
+
+    // Size of the block that the last successful readChunkBody handed out, so that the
+    // typed readers never look past the decoded body.
+    uint64_t bodySize = 0;
+    // Chunk headers read since the pass began (nextChunk with offset 0). A chain with more
+    // links than the file has room for chunk headers can only be a loop.
+    uint64_t linksThisPass = 0;
+    // Diagnostics: seeks issued, file reads issued for bodies, decompression attempts.
+    uint64_t seekCount = 0;
+    uint64_t bodyReadCount = 0;
+    uint64_t decodeAttempts = 0;
+    // Longest single read of a body; the operating system call takes 32-bit lengths.
+    uint64_t maxReadSlice = kMaxReadSlice;
+
+    static constexpr uint64_t kMaxReadSlice = 0x40000000;
+
+  private:
+    bool enterOperation();
+    bool seekTo(uint64_t offset);
+    void decompressBody(void*& out, uint64_t storedSize);
 };
+
+// The size of a chunk header in the file.
+constexpr uint64_t kChunkHeaderBytes = 32;

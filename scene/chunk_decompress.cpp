@@ -1,0 +1,86 @@
+// Decoding a chunk body that is a zstd frame.
+//
+// The size a frame declares is only where the output buffer starts: a body may hold more
+// frames behind the first, so the buffer grows by 64 KiB for as long as the decoder asks
+// for more room. The block handed to the caller always has exactly the decoded size.
+#include "memory/pool.h"
+#include "scene/scene_file_reader.h"
+
+#include <zstd.h>
+#include <zstd_errors.h>
+
+#include <cstring>
+
+namespace {
+
+constexpr uint64_t kCapacityStep = 0x10000;
+
+// No zstd block is shorter than three bytes, nor decodes to more than one maximal block, so
+// `storedSize` bytes cannot produce more than this. A buffer beyond it can never be needed.
+uint64_t largestDecodable(uint64_t storedSize) {
+    uint64_t blocks = storedSize / 3 + 1;
+    constexpr uint64_t kLimit = UINT64_MAX / ZSTD_BLOCKSIZE_MAX;
+    return blocks > kLimit ? UINT64_MAX : blocks * ZSTD_BLOCKSIZE_MAX;
+}
+
+enum class Attempt { Decoded, NeedsRoom, Failed };
+
+Attempt decodeInto(void* work, uint64_t capacity, const void* frame, uint64_t storedSize, size_t& decoded) {
+    ZSTD_DCtx* context = ZSTD_createDCtx();
+    if (!context) return Attempt::Failed;
+    size_t result = ZSTD_decompressDCtx(context, work, capacity, frame, storedSize);
+    ZSTD_freeDCtx(context);
+    if (!ZSTD_isError(result)) {
+        decoded = result;
+        return result != 0 ? Attempt::Decoded : Attempt::Failed;
+    }
+    return ZSTD_getErrorCode(result) == ZSTD_error_dstSize_tooSmall ? Attempt::NeedsRoom : Attempt::Failed;
+}
+
+} // namespace
+
+void SceneFileReader::decompressBody(void*& out, uint64_t storedSize) {
+    unsigned long long declared = ZSTD_getFrameContentSize(out, storedSize);
+    if (declared == 0 || declared == ZSTD_CONTENTSIZE_UNKNOWN || declared == ZSTD_CONTENTSIZE_ERROR) {
+        status = SceneInvalid; // the compressed block stays with the caller
+        return;
+    }
+
+    // Every way out of this loop but success is reported as a failed allocation: that is
+    // where an unbounded retry would have ended, and callers already treat it as final.
+    const uint64_t ceiling = largestDecodable(storedSize);
+    PoolAllocator* pool = poolInstance();
+    uint64_t capacity = declared;
+    for (;;) {
+        if (capacity > ceiling || capacity > SIZE_MAX) {
+            status = SceneOutOfMemory;
+            return;
+        }
+        void* work = poolAlloc(pool, capacity);
+        if (!work) {
+            status = SceneOutOfMemory;
+            return;
+        }
+        ++decodeAttempts;
+        size_t decoded = 0;
+        Attempt attempt = decodeInto(work, capacity, out, storedSize, decoded);
+        if (attempt == Attempt::Decoded) {
+            poolFree(pool, out);
+            out = poolAlloc(pool, decoded);
+            if (out) {
+                std::memcpy(out, work, decoded);
+                bodySize = decoded;
+            } else {
+                status = SceneOutOfMemory;
+            }
+            poolFree(pool, work);
+            return;
+        }
+        poolFree(pool, work);
+        if (attempt == Attempt::Failed || capacity > UINT64_MAX - kCapacityStep) {
+            status = SceneOutOfMemory;
+            return;
+        }
+        capacity += kCapacityStep;
+    }
+}

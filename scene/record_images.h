@@ -1,0 +1,67 @@
+// How many bytes of each record type the scene file carries: the record's image.
+//
+// A record is assigned from its chunk body up to the end of its type's image and no further.
+// The texmap and material lengths here are provisional, one length for the whole kind; they
+// are to be filled from the per-type field tables once those exist. A length of 0 means that
+// the number is not a type of that kind.
+#pragma once
+#include "scene/records.h"
+
+#include <cstdint>
+
+namespace record_images {
+
+constexpr uint32_t kTexMapTypes = 28;   // 1 to 27
+constexpr uint32_t kMaterialTypes = 33; // 1 to 32
+constexpr uint32_t kCameraTypes = 6;    // 1 to 5
+constexpr uint32_t kLightTypes = 10;    // 1 to 9
+
+constexpr uint32_t kTexMapFull = sizeof(TexMapRecord);
+constexpr uint32_t kMaterialFull = sizeof(MaterialRecord);
+
+// Type 16 is no texmap type.
+constexpr uint32_t kTexMapImage[kTexMapTypes] = {
+    0,           kTexMapFull, kTexMapFull, kTexMapFull, kTexMapFull, kTexMapFull, kTexMapFull,
+    kTexMapFull, kTexMapFull, kTexMapFull, kTexMapFull, kTexMapFull, kTexMapFull, kTexMapFull,
+    kTexMapFull, kTexMapFull, 0,           kTexMapFull, kTexMapFull, kTexMapFull, kTexMapFull,
+    kTexMapFull, kTexMapFull, kTexMapFull, kTexMapFull, kTexMapFull, kTexMapFull, kTexMapFull,
+};
+
+// Types 9 and 27 have no fields and no image; type 25 ends where its cache slot begins.
+constexpr uint32_t kMaterialImage[kMaterialTypes] = {
+    0,             kMaterialFull, kMaterialFull, kMaterialFull, kMaterialFull, kMaterialFull, kMaterialFull,
+    kMaterialFull, kMaterialFull, 0,             kMaterialFull, kMaterialFull, kMaterialFull, kMaterialFull,
+    kMaterialFull, kMaterialFull, kMaterialFull, kMaterialFull, kMaterialFull, kMaterialFull, kMaterialFull,
+    kMaterialFull, kMaterialFull, kMaterialFull, kMaterialFull, kVolumeCacheOffset, kMaterialFull,
+    0,             kMaterialFull, kMaterialFull, kMaterialFull, kMaterialFull, kMaterialFull,
+};
+
+constexpr uint32_t kCameraImage[kCameraTypes] = {0, 1160, 1036, 1028, 1040, 1032};
+
+// The light types that carry text have longer images; type 7 does not exist.
+constexpr uint32_t kLightImage[kLightTypes] = {0, 3284, 3288, 3424, 1740, 1616, 3416, 0, 3840, 1856};
+// The chunk version each light type is written with.
+constexpr uint32_t kLightVersion[kLightTypes] = {0, 101, 101, 100, 100, 100, 101, 0, 100, 100};
+// Where each light type keeps its text of 0x300 bytes, 0 for none.
+constexpr uint32_t kLightTextOffset[kLightTypes] = {0, 0x6D4, 0x6D8, 0x760, 0, 0, 0x758, 0, 0xC00, 0};
+
+template <uint32_t N> constexpr uint32_t lookUp(const uint32_t (&table)[N], int32_t type) {
+    return type >= 0 && static_cast<uint32_t>(type) < N ? table[type] : 0;
+}
+
+static_assert(kCameraImage[1] == sizeof(CameraRecord));
+static_assert(kLightImage[8] == sizeof(LightRecord));
+static_assert(kLightTextOffset[8] + 0x300 == kLightImage[8] && kLightTextOffset[1] + 2 * 0x300 == kLightImage[1]);
+static_assert(kLightTextOffset[2] + 2 * 0x300 == kLightImage[2] && kLightTextOffset[3] + 2 * 0x300 == kLightImage[3]);
+static_assert(kLightTextOffset[6] + 2 * 0x300 == kLightImage[6]);
+
+} // namespace record_images
+
+inline uint32_t texMapImageLength(int32_t type) { return record_images::lookUp(record_images::kTexMapImage, type); }
+inline uint32_t materialImageLength(int32_t type) {
+    return record_images::lookUp(record_images::kMaterialImage, type);
+}
+inline uint32_t cameraImageLength(int32_t type) { return record_images::lookUp(record_images::kCameraImage, type); }
+inline uint32_t lightImageLength(int32_t type) { return record_images::lookUp(record_images::kLightImage, type); }
+inline uint32_t lightChunkVersion(int32_t type) { return record_images::lookUp(record_images::kLightVersion, type); }
+inline uint32_t lightTextOffset(int32_t type) { return record_images::lookUp(record_images::kLightTextOffset, type); }

@@ -1,0 +1,138 @@
+// Opening the scene file, walking its chain of chunks and fetching chunk bodies.
+#include "scene/scene_file_reader.h"
+
+#include "memory/pool.h"
+#include "scene/byte_span.h"
+
+#include <cstring>
+
+namespace {
+
+constexpr char kSceneMagic[16] = {'t', 'a', 'v', 'i', 'r', 'e', 'n', 'd',
+                                  'e', 'r', 'e', 'r', 'f', 'i', 'l', 'e'};
+constexpr uint32_t kNewestFormatVersion = 103;
+constexpr size_t kFileHeaderBytes = 36;
+
+} // namespace
+
+SceneStatus SceneFileReader::open(const char16_t* path) {
+    close();
+    header = SceneFileHeader{};
+    chunk = ChunkHeader{};
+    filePosition = 0;
+    fileSize = 0;
+    status = SceneOk;
+    bodySize = 0;
+    linksThisPass = 0;
+
+    fileHandle = platform::openForReading(path);
+    if (fileHandle == platform::kNoFile) return status = SceneIoError;
+
+    uint8_t raw[kFileHeaderBytes];
+    size_t got = 0;
+    if (!platform::readFile(fileHandle, raw, sizeof raw, &got) || got != sizeof raw) {
+        return status = SceneInvalid;
+    }
+    ByteSpan bytes{raw, sizeof raw};
+    std::memcpy(header.magic, raw, sizeof header.magic);
+    header.formatVersion = bytes.u32(16);
+    header.headerCheck = bytes.u64(20);
+    header.firstChunkOffset = bytes.u64(28);
+
+    for (size_t i = 0; i < sizeof kSceneMagic; ++i) {
+        if (header.magic[i] != kSceneMagic[i]) return status = SceneInvalid;
+    }
+    if (header.formatVersion > kNewestFormatVersion) return status = SceneBadVersion;
+    if (header.headerCheck == 0) return status = SceneInvalid;
+
+    filePosition = kFileHeaderBytes;
+    if (!platform::fileSize(fileHandle, &fileSize)) status = SceneIoError;
+    return status;
+}
+
+void SceneFileReader::close() {
+    if (fileHandle != platform::kNoFile) platform::closeFile(fileHandle);
+    fileHandle = platform::kNoFile;
+}
+
+// The end of the chain lasts only until the next operation; every other failure is final.
+bool SceneFileReader::enterOperation() {
+    if (status == SceneEndOfChunks) status = SceneOk;
+    return status == SceneOk;
+}
+
+// Reading in chain order never needs a seek: the position is tracked and compared first.
+bool SceneFileReader::seekTo(uint64_t offset) {
+    if (offset != filePosition) {
+        ++seekCount;
+        if (!platform::seekFile(fileHandle, offset)) status = SceneIoError;
+    }
+    filePosition = offset;
+    return status == SceneOk;
+}
+
+SceneStatus SceneFileReader::nextChunk(uint64_t& offset) {
+    if (!enterOperation()) return status;
+    if (offset == 0) {
+        offset = header.firstChunkOffset;
+        linksThisPass = 0;
+    }
+    if (offset >= fileSize) return status = SceneEndOfChunks;
+    // Chunk headers cannot overlap, so a well-formed chain has fewer links than this.
+    if (++linksThisPass > fileSize / kChunkHeaderBytes) return status = SceneInvalid;
+    if (!seekTo(offset)) return status;
+
+    uint8_t raw[kChunkHeaderBytes];
+    size_t got = 0;
+    bool ok = platform::readFile(fileHandle, raw, sizeof raw, &got);
+    filePosition += got;
+    if (!ok || got != sizeof raw) return status = SceneInvalid;
+
+    ByteSpan bytes{raw, sizeof raw};
+    chunk.chunkVersion = bytes.u32(0);
+    chunk.chunkType = bytes.u32(4);
+    chunk.compression = bytes.u32(8);
+    chunk.headerSize = bytes.u32(12);
+    chunk.storedSize = bytes.u64(16);
+    chunk.nextChunkOffset = bytes.u64(24);
+    return status;
+}
+
+SceneStatus SceneFileReader::readChunkBody(void*& out, uint64_t storedSize, uint32_t compression,
+                                           uint64_t bodyOffset) {
+    out = nullptr;
+    bodySize = 0;
+    if (!enterOperation()) return status;
+    if (bodyOffset >= fileSize) return status = SceneInvalid;
+    // A body that runs past the end of the file would come up short when read; saying so
+    // before allocating keeps a forged size from reserving memory the file cannot fill.
+    if (storedSize > fileSize - bodyOffset) return status = SceneIoError;
+    if (!seekTo(bodyOffset)) return status;
+
+    void* block = poolAlloc(poolInstance(), storedSize);
+    if (!block) return status = SceneOutOfMemory;
+    out = block;
+
+    uint64_t sliceLimit = maxReadSlice == 0 || maxReadSlice > kMaxReadSlice ? kMaxReadSlice : maxReadSlice;
+    uint8_t* cursor = static_cast<uint8_t*>(block);
+    uint64_t remaining = storedSize;
+    while (remaining > 0 && status == SceneOk) {
+        uint64_t slice = remaining < sliceLimit ? remaining : sliceLimit;
+        size_t got = 0;
+        ++bodyReadCount;
+        bool ok = platform::readFile(fileHandle, cursor, slice, &got);
+        filePosition += got;
+        if (!ok || got != slice) status = SceneIoError;
+        cursor += got;
+        remaining -= got;
+    }
+    if (status != SceneOk) return status;
+
+    // Only 1 means a frame; every other value is stored data.
+    if (compression == 1) {
+        decompressBody(out, storedSize);
+    } else {
+        bodySize = storedSize;
+    }
+    return status;
+}

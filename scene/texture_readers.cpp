@@ -1,0 +1,108 @@
+// Texture chunks: a reference to an image file, or a texture with its pixels.
+#include "memory/pool.h"
+#include "scene/chunk_scan.h"
+#include "scene/scene_readers.h"
+#include "scene/scene_text.h"
+
+#include <cstring>
+
+namespace {
+
+// Body layout of a texture file chunk.
+constexpr uint64_t kFileParamA = 0, kFileParamB = 4, kFileId = 8, kFileName = 12, kFilePath = 140;
+
+// Body layout of a texture data chunk; bytes 0 to 7 are reserved.
+constexpr uint64_t kDataWidth = 8, kDataHeight = 12, kDataParamA = 16, kDataParamB = 20, kDataId = 24;
+constexpr uint64_t kDataParamC = 28, kDataPixelType = 32, kDataPixelOffset = 36, kDataName = 44;
+
+// Bytes per pixel by pixel type; any other type has none.
+int32_t bytesPerPixel(int32_t pixelType) {
+    switch (pixelType) {
+    case 4: return 1;
+    case 5: case 6: return 2;
+    case 0: case 7: return 4;
+    case 1: case 2: case 8: return 8;
+    case 3: case 9: case 10: return 16;
+    case 11: return 32;
+    default: return 0;
+    }
+}
+
+// The pixel byte count is the product in 32-bit signed arithmetic, widened with its sign,
+// so that an overflow wraps the way that arithmetic does.
+uint64_t pixelBytes(int32_t width, int32_t height, int32_t perPixel) {
+    uint32_t product = static_cast<uint32_t>(width) * static_cast<uint32_t>(height) * static_cast<uint32_t>(perPixel);
+    return static_cast<uint64_t>(static_cast<int64_t>(static_cast<int32_t>(product)));
+}
+
+bool convertField(char16_t* dest, size_t capacity, ByteSpan field) {
+    return convertSceneString(dest, capacity, reinterpret_cast<const char*>(field.data), field.size);
+}
+
+void readIfHeld(ByteSpan bytes, uint64_t offset, uint32_t& field) {
+    if (bytes.holds(offset, 4)) field = bytes.u32(offset);
+}
+
+void readIfHeld(ByteSpan bytes, uint64_t offset, int32_t& field) {
+    if (bytes.holds(offset, 4)) field = bytes.i32(offset);
+}
+
+} // namespace
+
+SceneStatus readTextureFile(SceneFileReader& reader, TextureFileRecord& record, uint64_t& offset) {
+    SceneStatus status = findChunk(reader, ChunkTextureFile, offset);
+    if (status != SceneOk) return status;
+    offset = reader.chunk.nextChunkOffset;
+    if (reader.chunk.chunkVersion != kRecordChunkVersion) return reader.status = SceneBadVersion;
+
+    ChunkBody body;
+    if (body.fetch(reader) != SceneOk) return reader.status;
+    ByteSpan bytes = body.bytes();
+    std::memset(&record, 0, sizeof record);
+    record.id = -1;
+    readIfHeld(bytes, kFileParamA, record.textureParamA);
+    readIfHeld(bytes, kFileParamB, record.textureParamB);
+    readIfHeld(bytes, kFileId, record.id);
+    if (!convertField(record.name, kNameChars, bytes.tail(kFileName, kNameFieldBytes)) ||
+        !convertField(record.path, kPathChars, bytes.tail(kFilePath, UINT64_MAX))) {
+        reader.status = SceneInvalid;
+    }
+    return reader.status;
+}
+
+SceneStatus readTextureData(SceneFileReader& reader, TextureDataRecord& record, uint64_t& offset) {
+    SceneStatus status = findChunk(reader, ChunkTextureData, offset);
+    if (status != SceneOk) return status;
+    offset = reader.chunk.nextChunkOffset;
+    if (reader.chunk.chunkVersion != kRecordChunkVersion) return reader.status = SceneBadVersion;
+
+    ChunkBody body;
+    if (body.fetch(reader) != SceneOk) return reader.status;
+    ByteSpan bytes = body.bytes();
+    std::memset(&record, 0, sizeof record);
+    record.id = -1;
+    readIfHeld(bytes, kDataParamA, record.textureParamA);
+    readIfHeld(bytes, kDataParamB, record.textureParamB);
+    readIfHeld(bytes, kDataWidth, record.width);
+    readIfHeld(bytes, kDataHeight, record.height);
+    readIfHeld(bytes, kDataId, record.id);
+    readIfHeld(bytes, kDataParamC, record.textureParamC);
+    readIfHeld(bytes, kDataPixelType, record.pixelType);
+    uint64_t pixelOffset = bytes.u64(kDataPixelOffset);
+
+    // A name that will not convert fails the record, but the pixels are still taken.
+    if (!convertField(record.name, kNameChars, bytes.tail(kDataName, kNameFieldBytes))) {
+        reader.status = SceneInvalid;
+    }
+    uint64_t size = pixelBytes(record.width, record.height, bytesPerPixel(record.pixelType));
+    if (!bytes.holds(pixelOffset, size)) return reader.status = SceneInvalid;
+    record.pixels = static_cast<uint8_t*>(poolAlloc(poolInstance(), size));
+    if (!record.pixels) return reader.status = SceneOutOfMemory;
+    if (size) std::memcpy(record.pixels, body.data() + pixelOffset, size);
+    return reader.status;
+}
+
+void releaseTextureData(TextureDataRecord& record) {
+    poolFree(poolInstance(), record.pixels);
+    record.pixels = nullptr;
+}
