@@ -1,0 +1,154 @@
+#include "tools/scene_writer/record_builders.h"
+
+#include <algorithm>
+
+namespace scene_writer {
+
+namespace {
+
+void putTrack(Bytes& body, uint64_t offset, const std::vector<FileKey>& keys) {
+    for (size_t k = 0; k < keys.size(); ++k) {
+        for (size_t w = 0; w < keys[k].size(); ++w) put32(body, offset + 36 * k + 4 * w, keys[k][w]);
+    }
+}
+
+Bytes zeroImage(int32_t type, size_t size) {
+    Bytes image(size, 0);
+    if (size >= 4) put32(image, 0, static_cast<uint32_t>(type));
+    return image;
+}
+
+} // namespace
+
+Bytes textureFileBody(const TextureFileSpec& spec) {
+    Bytes body;
+    put32(body, 0, spec.paramA);
+    put32(body, 4, spec.paramB);
+    put32(body, 8, static_cast<uint32_t>(spec.id));
+    putText(body, 12, kNameField, spec.name);
+    putText(body, 140, std::max(kPathField, spec.path.size() + 1), spec.path);
+    return body;
+}
+
+Bytes textureDataBody(const TextureDataSpec& spec) {
+    Bytes body;
+    put32(body, 8, static_cast<uint32_t>(spec.width));
+    put32(body, 12, static_cast<uint32_t>(spec.height));
+    put32(body, 16, spec.paramA);
+    put32(body, 20, spec.paramB);
+    put32(body, 24, static_cast<uint32_t>(spec.id));
+    put32(body, 28, spec.paramC);
+    put32(body, 32, static_cast<uint32_t>(spec.pixelType));
+    uint64_t pixelOffset = spec.pixelOffset.value_or(kTextureDataHeaderBytes);
+    put64(body, 36, pixelOffset);
+    putText(body, 44, kNameField, spec.name);
+    if (!spec.pixels.empty()) {
+        if (body.size() < pixelOffset + spec.pixels.size()) body.resize(pixelOffset + spec.pixels.size(), 0);
+        std::copy(spec.pixels.begin(), spec.pixels.end(), body.begin() + static_cast<ptrdiff_t>(pixelOffset));
+    }
+    return body;
+}
+
+Bytes texMapBody(int32_t type, int32_t id, const std::string& name, size_t size) {
+    Bytes image(kTexMapImage, 0);
+    put32(image, 0, static_cast<uint32_t>(type));
+    put32(image, 4, static_cast<uint32_t>(id));
+    putText(image, 8, kNameField, name);
+    image.resize(size, 0);
+    return image;
+}
+
+Bytes materialBody(int32_t type, int32_t id, int32_t aovId, const std::string& name, size_t size) {
+    Bytes image(kMaterialImage, 0);
+    put32(image, 0, static_cast<uint32_t>(type));
+    put32(image, 4, static_cast<uint32_t>(id));
+    put32(image, 8, static_cast<uint32_t>(aovId));
+    putText(image, 12, kNameField, name);
+    if (size == 0) size = type == 25 ? kVolumeMaterialImage : kMaterialImage;
+    image.resize(size, 0);
+    return image;
+}
+
+Bytes phxDataBody(const PhxDataSpec& spec) {
+    Bytes body(280, 0);
+    put32(body, 4, spec.gridX);
+    put32(body, 8, spec.gridY);
+    put32(body, 12, spec.gridZ);
+    for (size_t i = 0; i < spec.transform.size(); ++i) putF32(body, 16 + 4 * i, spec.transform[i]);
+    for (size_t i = 0; i < spec.channelOffsets.size(); ++i) {
+        put64(body, 72 + 8 * i, static_cast<uint64_t>(spec.channelOffsets[i]));
+    }
+    append(body, spec.channelData);
+    return body;
+}
+
+Bytes settingsBody(const SettingsSpec& spec) {
+    Bytes image(kSettingsImage, 0);
+    put32(image, 0x8, static_cast<uint32_t>(spec.maxIterations));
+    put32(image, 0x84B0, static_cast<uint32_t>(spec.imageSizeX));
+    put32(image, 0x84B4, static_cast<uint32_t>(spec.imageSizeY));
+    put32(image, 0x8B48, spec.saveJpeg ? 1 : 0);
+    putText(image, 0x84C8, kPathField, spec.outputPath);
+    putText(image, 0x87C8, kNameField, spec.outputName);
+    put32(image, 0x29BC, static_cast<uint32_t>(spec.aovNames.size()));
+    for (size_t i = 0; i < spec.aovNames.size() && i < 32; ++i) {
+        putText(image, 0x29D0 + 0x234 * i + 0x1C, kNameField, spec.aovNames[i]);
+    }
+    return image;
+}
+
+size_t cameraImageBytes(int32_t type) {
+    const size_t lengths[6] = {0, 1160, 1036, 1028, 1040, 1032};
+    return type >= 0 && type < 6 ? lengths[type] : 0;
+}
+
+size_t lightImageBytes(int32_t type) {
+    const size_t lengths[10] = {0, 3284, 3288, 3424, 1740, 1616, 3416, 0, 3840, 1856};
+    return type >= 0 && type < 10 ? lengths[type] : 0;
+}
+
+uint32_t lightVersion(int32_t type) { return type == 1 || type == 2 || type == 6 ? 101 : 100; }
+
+Bytes cameraBody(int32_t type, size_t size) {
+    return zeroImage(type, size ? size : std::max<size_t>(cameraImageBytes(type), 764));
+}
+
+Bytes lightBody(int32_t type, size_t size) {
+    return zeroImage(type, size ? size : std::max<size_t>(lightImageBytes(type), 1616));
+}
+
+Bytes cameraPathBody(const CameraPathSpec& spec) {
+    Bytes body(kCameraPathHeaderBytes, 0);
+    uint64_t at = kCameraPathHeaderBytes;
+    const std::vector<FileKey>* tracks[3] = {&spec.trackA, &spec.trackB, &spec.trackC};
+    const size_t slots[3] = {8, 20, 32};
+    for (int t = 0; t < 3; ++t) {
+        put64(body, slots[t], at);
+        put32(body, slots[t] + 8, static_cast<uint32_t>(tracks[t]->size()));
+        putTrack(body, at, *tracks[t]);
+        at += 36 * tracks[t]->size();
+    }
+    if (spec.trackAOffset) put64(body, 8, *spec.trackAOffset);
+    if (spec.trackACount) put32(body, 16, *spec.trackACount);
+    put32(body, 44, spec.word44);
+    put32(body, 48, spec.word48);
+    put32(body, 52, spec.word52);
+    put32(body, 56, static_cast<uint32_t>(spec.role));
+    for (int i = 0; i < 3; ++i) putF32(body, 60 + 4 * i, spec.target[i]);
+    putText(body, 72, kNameField, spec.cameraFile);
+    return body;
+}
+
+Bytes lightPathBody(const LightPathSpec& spec) {
+    Bytes body(kLightPathHeaderBytes, 0);
+    put64(body, 8, spec.trackOffset.value_or(kLightPathHeaderBytes));
+    put32(body, 16, spec.trackCount.value_or(static_cast<uint32_t>(spec.track.size())));
+    putTrack(body, kLightPathHeaderBytes, spec.track);
+    put32(body, 20, static_cast<uint32_t>(spec.word20));
+    put32(body, 24, spec.word24);
+    putText(body, 28, kNameField, spec.name);
+    putText(body, 156, kNameField, spec.secondName);
+    return body;
+}
+
+} // namespace scene_writer
