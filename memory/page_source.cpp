@@ -4,6 +4,14 @@
 
 #include <atomic>
 
+// Under the leak checker the pool's pages are a heap it does not know: memory of
+// the C library that is referenced only from pool blocks would be reported as
+// leaked. Registered as root regions, the pages are scanned for such references.
+#if defined(__SANITIZE_ADDRESS__)
+#include <sanitizer/lsan_interface.h>
+#define POOLMEM_LEAK_ROOTS 1
+#endif
+
 namespace poolmem {
 namespace {
 
@@ -24,12 +32,19 @@ bool consumeInjectedFailure() {
 void* requestPages(size_t bytes) {
     if (consumeInjectedFailure()) return nullptr;
     void* base = platform::allocatePages(bytes);
-    if (base) gOutstandingBytes.fetch_add(bytes, std::memory_order_relaxed);
+    if (!base) return nullptr;
+    gOutstandingBytes.fetch_add(bytes, std::memory_order_relaxed);
+#ifdef POOLMEM_LEAK_ROOTS
+    __lsan_register_root_region(base, bytes);
+#endif
     return base;
 }
 
 void returnPages(void* base, size_t bytes) {
     if (!base) return;
+#ifdef POOLMEM_LEAK_ROOTS
+    __lsan_unregister_root_region(base, bytes);
+#endif
     platform::releasePages(base, bytes);
     gOutstandingBytes.fetch_sub(bytes, std::memory_order_relaxed);
 }
