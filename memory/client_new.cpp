@@ -16,7 +16,9 @@ constexpr size_t kBigBlockSlack = 39; // back pointer plus the alignment to 32
 constexpr uintptr_t kBigBlockAlignment = 32;
 constexpr uintptr_t kPoolAlignment = 64;
 
-void writeBackPointer(char* block, void* raw) { std::memcpy(block - sizeof raw, &raw, sizeof raw); }
+void writeBackPointer(char* block, void* raw) {
+    std::memcpy(block - sizeof raw, &raw, sizeof raw);
+}
 
 void* readBackPointer(const void* block) {
     void* raw;
@@ -27,7 +29,8 @@ void* readBackPointer(const void* block) {
 // Places a block of `alignment` behind room for the back pointer in `raw`.
 void* alignBehindBackPointer(void* raw, uintptr_t alignment) {
     uintptr_t address = reinterpret_cast<uintptr_t>(raw) + sizeof(void*);
-    char* block = static_cast<char*>(raw) + (((address + alignment - 1) & ~(alignment - 1)) - address) + sizeof(void*);
+    char* block =
+        static_cast<char*>(raw) + (((address + alignment - 1) & ~(alignment - 1)) - address) + sizeof(void*);
     writeBackPointer(block, raw);
     return block;
 }

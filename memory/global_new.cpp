@@ -10,7 +10,9 @@
 namespace {
 
 // A zero-byte request still needs a distinct address, so it takes the smallest block.
-size_t atLeastOne(std::size_t size) { return size ? size : 1; }
+size_t atLeastOne(std::size_t size) {
+    return size ? size : 1;
+}
 
 void* allocateOrThrow(std::size_t size) {
     void* block = clientNew(atLeastOne(size));
@@ -26,19 +28,41 @@ void* allocateAlignedOrThrow(std::size_t size, std::align_val_t alignment) {
 
 } // namespace
 
-void* operator new(std::size_t size) { return allocateOrThrow(size); }
-void* operator new[](std::size_t size) { return allocateOrThrow(size); }
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return clientTryNew(atLeastOne(size)); }
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return clientTryNew(atLeastOne(size)); }
+void* operator new(std::size_t size) {
+    return allocateOrThrow(size);
+}
+void* operator new[](std::size_t size) {
+    return allocateOrThrow(size);
+}
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return clientTryNew(atLeastOne(size));
+}
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+    return clientTryNew(atLeastOne(size));
+}
 
-void operator delete(void* block) noexcept { clientDelete(block); }
-void operator delete[](void* block) noexcept { clientDelete(block); }
-void operator delete(void* block, std::size_t) noexcept { clientDelete(block); }
-void operator delete[](void* block, std::size_t) noexcept { clientDelete(block); }
-void operator delete(void* block, const std::nothrow_t&) noexcept { clientDelete(block); }
-void operator delete[](void* block, const std::nothrow_t&) noexcept { clientDelete(block); }
+void operator delete(void* block) noexcept {
+    clientDelete(block);
+}
+void operator delete[](void* block) noexcept {
+    clientDelete(block);
+}
+void operator delete(void* block, std::size_t) noexcept {
+    clientDelete(block);
+}
+void operator delete[](void* block, std::size_t) noexcept {
+    clientDelete(block);
+}
+void operator delete(void* block, const std::nothrow_t&) noexcept {
+    clientDelete(block);
+}
+void operator delete[](void* block, const std::nothrow_t&) noexcept {
+    clientDelete(block);
+}
 
-void* operator new(std::size_t size, std::align_val_t alignment) { return allocateAlignedOrThrow(size, alignment); }
+void* operator new(std::size_t size, std::align_val_t alignment) {
+    return allocateAlignedOrThrow(size, alignment);
+}
 void* operator new[](std::size_t size, std::align_val_t alignment) {
     return allocateAlignedOrThrow(size, alignment);
 }

@@ -49,8 +49,12 @@ void returnPages(void* base, size_t bytes) {
     gOutstandingBytes.fetch_sub(bytes, std::memory_order_relaxed);
 }
 
-void failNextPageRequests(uint32_t count) { gFailingRequests.store(count, std::memory_order_relaxed); }
+void failNextPageRequests(uint32_t count) {
+    gFailingRequests.store(count, std::memory_order_relaxed);
+}
 
-uint64_t pageBytesOutstanding() { return gOutstandingBytes.load(std::memory_order_relaxed); }
+uint64_t pageBytesOutstanding() {
+    return gOutstandingBytes.load(std::memory_order_relaxed);
+}
 
 } // namespace poolmem

@@ -63,7 +63,8 @@ void releaseLocked(PoolShard* shard, PoolBlock* block) {
         PoolBlock* next = followingBlock(block);
         if (!isAllocated(next)) {
             unlinkFree(shard, next);
-            block->sizeAndFlags = (payload + kHeaderSize + payloadOf(next)) | (next->sizeAndFlags & kBlockLast);
+            block->sizeAndFlags =
+                (payload + kHeaderSize + payloadOf(next)) | (next->sizeAndFlags & kBlockLast);
             if (!isLast(block)) followingBlock(block)->prevPhysical = block;
         }
     }
@@ -145,7 +146,8 @@ PoolAllocator::PoolAllocator() {
         shard.usedBytes = 0;
         shard.owner = this;
         shard.lock.store(0);
-        for (PoolBlock*& head : shard.bins) head = nullptr;
+        for (PoolBlock*& head : shard.bins)
+            head = nullptr;
     }
 }
 

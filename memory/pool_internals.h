@@ -38,7 +38,7 @@ struct PoolShardStats {
     uint64_t usedBytes;
     uint32_t regionCount;
     uint32_t freeBlocks;
-    uint64_t freeBytes;          // sum of free payloads
+    uint64_t freeBytes; // sum of free payloads
     uint64_t largestFreePayload;
 };
 // Taken under the shard's lock.

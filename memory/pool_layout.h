@@ -64,9 +64,15 @@ constexpr uint64_t kMinRegionSize = uint64_t(1) << 20;
 // Larger requests could not be told apart from the flag bits; no machine maps that much.
 constexpr uint64_t kMaxRequest = kBlockSizeMask - 2 * kMinRegionSize;
 
-inline uint64_t payloadOf(const PoolBlock* block) { return block->sizeAndFlags & kBlockSizeMask; }
-inline bool isAllocated(const PoolBlock* block) { return (block->sizeAndFlags & kBlockAllocated) != 0; }
-inline bool isLast(const PoolBlock* block) { return (block->sizeAndFlags & kBlockLast) != 0; }
+inline uint64_t payloadOf(const PoolBlock* block) {
+    return block->sizeAndFlags & kBlockSizeMask;
+}
+inline bool isAllocated(const PoolBlock* block) {
+    return (block->sizeAndFlags & kBlockAllocated) != 0;
+}
+inline bool isLast(const PoolBlock* block) {
+    return (block->sizeAndFlags & kBlockLast) != 0;
+}
 inline PoolBlock* followingBlock(const PoolBlock* block) {
     return reinterpret_cast<PoolBlock*>(reinterpret_cast<uintptr_t>(block + 1) + payloadOf(block));
 }

@@ -8,10 +8,13 @@ using namespace poolmem;
 
 namespace {
 
-const char* endOf(const PoolBlock* block) { return reinterpret_cast<const char*>(followingBlock(block)); }
+const char* endOf(const PoolBlock* block) {
+    return reinterpret_cast<const char*>(followingBlock(block));
+}
 
 // Walks one region; counts what it finds into the totals.
-const char* checkRegion(const PoolShard& shard, const PoolRegion& region, uint64_t& used, uint64_t& freeBlocks) {
+const char* checkRegion(const PoolShard& shard, const PoolRegion& region, uint64_t& used,
+                        uint64_t& freeBlocks) {
     const char* end = static_cast<const char*>(region.base) + region.size;
     const PoolBlock* prev = nullptr;
     for (const PoolBlock* block = static_cast<const PoolBlock*>(region.base);;) {
@@ -35,18 +38,27 @@ const char* checkRegion(const PoolShard& shard, const PoolRegion& region, uint64
 
 } // namespace
 
-void poolFailNextPageRequests(uint32_t count) { failNextPageRequests(count); }
-uint64_t poolPageBytesOutstanding() { return pageBytesOutstanding(); }
+void poolFailNextPageRequests(uint32_t count) {
+    failNextPageRequests(count);
+}
+uint64_t poolPageBytesOutstanding() {
+    return pageBytesOutstanding();
+}
 
-uint64_t poolLiveBlocks(const PoolAllocator* pool) { return pool->liveBlocks.load(); }
+uint64_t poolLiveBlocks(const PoolAllocator* pool) {
+    return pool->liveBlocks.load();
+}
 
-const void* poolShardAddress(const PoolAllocator* pool, unsigned shard) { return &pool->shards[shard]; }
+const void* poolShardAddress(const PoolAllocator* pool, unsigned shard) {
+    return &pool->shards[shard];
+}
 
 PoolShardStats poolShardStats(PoolAllocator* pool, unsigned index) {
     PoolShard& shard = pool->shards[index];
     SpinGuard<uint64_t> guard(shard.lock);
     PoolShardStats stats{shard.reservedBytes, shard.usedBytes, 0, 0, 0, 0};
-    for (const PoolRegion* region = shard.regions; region; region = region->next) ++stats.regionCount;
+    for (const PoolRegion* region = shard.regions; region; region = region->next)
+        ++stats.regionCount;
     for (const PoolBlock* head : shard.bins) {
         for (const PoolBlock* block = head; block; block = block->nextFree) {
             ++stats.freeBlocks;

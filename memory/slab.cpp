@@ -11,9 +11,13 @@ using namespace poolmem;
 
 namespace {
 
-char* elementsOf(poolmemPage* page) { return reinterpret_cast<char*>(page) + kSlabPageHeader; }
+char* elementsOf(poolmemPage* page) {
+    return reinterpret_cast<char*>(page) + kSlabPageHeader;
+}
 
-bool bitSet(const poolmemPage* page, unsigned index) { return (page->bitmap[index / 32] >> (index % 32)) & 1u; }
+bool bitSet(const poolmemPage* page, unsigned index) {
+    return (page->bitmap[index / 32] >> (index % 32)) & 1u;
+}
 
 void pushFront(poolmemPage*& head, poolmemPage* page) {
     page->prev = nullptr;
@@ -28,7 +32,8 @@ poolmemThreadAllocator::poolmemThreadAllocator(uint16_t size)
     : elementSize(size < kSlabMinElementSize ? kSlabMinElementSize : size) {}
 
 poolmemPage* poolmemThreadAllocator::pageOf(const void* element) {
-    return reinterpret_cast<poolmemPage*>(reinterpret_cast<uintptr_t>(element) & ~uintptr_t(kSlabPageSize - 1));
+    return reinterpret_cast<poolmemPage*>(reinterpret_cast<uintptr_t>(element) &
+                                          ~uintptr_t(kSlabPageSize - 1));
 }
 
 poolmemPage* poolmemThreadAllocator::firstPageOf(poolmemPage* page) {
@@ -113,7 +118,8 @@ void poolmemThreadAllocator::release(void* element) {
 
 // ---- Page events ------------------------------------------------------------
 
-void poolmemThreadAllocator::onPageEvent(poolmemPage* page, int event, uint8_t* regionReleased, bool takeLock) {
+void poolmemThreadAllocator::onPageEvent(poolmemPage* page, int event, uint8_t* regionReleased,
+                                         bool takeLock) {
     if (takeLock) spinAcquire(lock);
     *regionReleased = 0;
     poolmemPage* first = firstPageOf(page);
@@ -168,7 +174,8 @@ void poolmemThreadAllocator::unlink(poolmemPage* page) {
 // Every page of a region without pages in use sits on the empty list.
 void poolmemThreadAllocator::releaseRegion(poolmemPage* first) {
     char* base = reinterpret_cast<char*>(first);
-    for (size_t i = 0; i < kSlabPagesPerRegion; ++i) unlink(reinterpret_cast<poolmemPage*>(base + i * kSlabPageSize));
+    for (size_t i = 0; i < kSlabPagesPerRegion; ++i)
+        unlink(reinterpret_cast<poolmemPage*>(base + i * kSlabPageSize));
     returnPages(base, kSlabRegionSize);
 }
 

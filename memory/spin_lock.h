@@ -28,7 +28,9 @@ template <class Word> bool spinTryAcquire(std::atomic<Word>& flag, int maxSpins)
     return false;
 }
 
-template <class Word> void spinRelease(std::atomic<Word>& flag) { flag.store(0, std::memory_order_release); }
+template <class Word> void spinRelease(std::atomic<Word>& flag) {
+    flag.store(0, std::memory_order_release);
+}
 
 // Holds a lock for one scope.
 template <class Word> class SpinGuard {

@@ -31,8 +31,9 @@ std::vector<Step> makeSteps(unsigned seed) {
     std::vector<Step> steps(kSteps);
     for (Step& step : steps) {
         step.slot = random() % kSlots;
-        step.size = static_cast<uint32_t>(random() % 3 != 0 ? kWideSizes[random() % std::size(kWideSizes)]
-                                                           : kRecordSizes[random() % std::size(kRecordSizes)]);
+        step.size =
+            static_cast<uint32_t>(random() % 3 != 0 ? kWideSizes[random() % std::size(kWideSizes)]
+                                                    : kRecordSizes[random() % std::size(kRecordSizes)]);
     }
     return steps;
 }
@@ -60,7 +61,8 @@ template <class Api> void churn(benchmark::State& state) {
         static_cast<char*>(slot)[0] = 1;
         benchmark::DoNotOptimize(slot);
     }
-    for (void* block : slots) Api::release(block);
+    for (void* block : slots)
+        Api::release(block);
     state.SetItemsProcessed(state.iterations());
 }
 
@@ -74,7 +76,8 @@ template <class Api> void burst(benchmark::State& state) {
             static_cast<char*>(blocks[i])[0] = 1;
         }
         benchmark::ClobberMemory();
-        for (void* block : blocks) Api::release(block);
+        for (void* block : blocks)
+            Api::release(block);
     }
     state.SetItemsProcessed(state.iterations() * blocks.size());
 }

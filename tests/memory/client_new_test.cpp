@@ -17,8 +17,12 @@ namespace {
 // Made during static initialisation, before main.
 int* gEarly = new int(42);
 
-uintptr_t address(const void* block) { return reinterpret_cast<uintptr_t>(block); }
-uint64_t payloadOf(const void* block) { return poolBlockWords(block).sizeAndFlags & kPoolBlockSizeMask; }
+uintptr_t address(const void* block) {
+    return reinterpret_cast<uintptr_t>(block);
+}
+uint64_t payloadOf(const void* block) {
+    return poolBlockWords(block).sizeAndFlags & kPoolBlockSizeMask;
+}
 
 // True if `block` is an allocated pool block of the process's pool.
 bool isGlobalPoolBlock(const void* block) {
@@ -45,10 +49,17 @@ TEST(ClientNew, SmallBlocksArePlainAndBigOnesCarryABackPointer) {
         bool big;
         uint64_t rawPayload;
     };
-    const Case cases[] = {{1, false, 64},          {64, false, 64},          {100, false, 128},
-                          {4095, false, 4096},     {4096, true, 4160},       {4097, true, 4160},
-                          {4121, true, 4160},      {4122, true, 4224},
-                          {5000, true, 5056},      {0x3350, true, 0x3380},   {size_t(1) << 20, true, (1u << 20) + 64}};
+    const Case cases[] = {{1, false, 64},
+                          {64, false, 64},
+                          {100, false, 128},
+                          {4095, false, 4096},
+                          {4096, true, 4160},
+                          {4097, true, 4160},
+                          {4121, true, 4160},
+                          {4122, true, 4224},
+                          {5000, true, 5056},
+                          {0x3350, true, 0x3380},
+                          {size_t(1) << 20, true, (1u << 20) + 64}};
     PoolAllocator* pool = poolInstance();
     for (const Case& c : cases) {
         // Observed first and checked after the free, so that a failing check
@@ -151,7 +162,8 @@ TEST(ClientNew, SmallRequestGivesNullWhenNoPagesCome) {
     }
     void* bigBlock = clientTryNew(size_t(1) << 30);
     poolFailNextPageRequests(0);
-    for (void* block : blocks) clientDelete(block);
+    for (void* block : blocks)
+        clientDelete(block);
     EXPECT_TRUE(gotNull);
     EXPECT_EQ(bigBlock, nullptr);
     EXPECT_EQ(clientTryNew(SIZE_MAX), nullptr);

@@ -15,9 +15,15 @@ namespace {
 
 constexpr uint64_t kMiB = uint64_t(1) << 20;
 
-uint64_t payloadOf(const void* block) { return poolBlockWords(block).sizeAndFlags & kPoolBlockSizeMask; }
-bool allocated(const void* block) { return (poolBlockWords(block).sizeAndFlags & kPoolBlockAllocatedBit) != 0; }
-uint64_t headerOf(const void* block) { return reinterpret_cast<uintptr_t>(block) - 64; }
+uint64_t payloadOf(const void* block) {
+    return poolBlockWords(block).sizeAndFlags & kPoolBlockSizeMask;
+}
+bool allocated(const void* block) {
+    return (poolBlockWords(block).sizeAndFlags & kPoolBlockAllocatedBit) != 0;
+}
+uint64_t headerOf(const void* block) {
+    return reinterpret_cast<uintptr_t>(block) - 64;
+}
 
 class PoolTest : public ::testing::Test {
   protected:
@@ -37,8 +43,8 @@ class PoolTest : public ::testing::Test {
 };
 
 bool sameStats(const PoolShardStats& a, const PoolShardStats& b) {
-    return a.reservedBytes == b.reservedBytes && a.usedBytes == b.usedBytes && a.regionCount == b.regionCount &&
-           a.freeBlocks == b.freeBlocks && a.freeBytes == b.freeBytes &&
+    return a.reservedBytes == b.reservedBytes && a.usedBytes == b.usedBytes &&
+           a.regionCount == b.regionCount && a.freeBlocks == b.freeBlocks && a.freeBytes == b.freeBytes &&
            a.largestFreePayload == b.largestFreePayload;
 }
 
@@ -49,10 +55,17 @@ TEST(PoolShardChoice, MixesThreadIdsAsDefined) {
         uint32_t threadId;
         uint32_t mixed;
     };
-    const Case cases[] = {{0, 0},           {1, 0xC2B73583},          {2, 0xE90F1258},
-                          {4, 0x7A10C2D3},  {1000, 0x2B11940C},       {4242, 0xD0E8AFF5},
-                          {65535, 0x920502BF}, {0x12345678, 0x2976C9A2}, {0xFFFFFFFF, 0xD5866458}};
-    for (const Case& c : cases) EXPECT_EQ(poolMixThreadId(c.threadId), c.mixed) << c.threadId;
+    const Case cases[] = {{0, 0},
+                          {1, 0xC2B73583},
+                          {2, 0xE90F1258},
+                          {4, 0x7A10C2D3},
+                          {1000, 0x2B11940C},
+                          {4242, 0xD0E8AFF5},
+                          {65535, 0x920502BF},
+                          {0x12345678, 0x2976C9A2},
+                          {0xFFFFFFFF, 0xD5866458}};
+    for (const Case& c : cases)
+        EXPECT_EQ(poolMixThreadId(c.threadId), c.mixed) << c.threadId;
 }
 
 TEST(PoolShardChoice, CurrentThreadUsesTheLow8BitsOfItsMixedId) {
@@ -66,9 +79,9 @@ TEST_F(PoolTest, RequestsAreRoundedToPayloadsOf64) {
         size_t request;
         uint64_t payload;
     };
-    const Case cases[] = {{0, 64},      {1, 64},       {3, 64},       {4, 64},      {60, 64},
-                          {61, 64},     {64, 64},      {65, 128},     {128, 128},   {129, 192},
-                          {1000, 1024}, {4096, 4096},  {4097, 4160},  {0x3350, 0x3380}};
+    const Case cases[] = {{0, 64},      {1, 64},      {3, 64},      {4, 64},         {60, 64},
+                          {61, 64},     {64, 64},     {65, 128},    {128, 128},      {129, 192},
+                          {1000, 1024}, {4096, 4096}, {4097, 4160}, {0x3350, 0x3380}};
     for (const Case& c : cases) {
         uint64_t usedBefore = stats().usedBytes;
         void* block = poolAlloc(pool, c.request);
@@ -152,7 +165,7 @@ TEST_F(PoolTest, SplitsOnlyWith192BytesOfSlack) {
         uint64_t payload;  // what the request gets
         uint64_t restSize; // payload of the free block behind it, 0 if not split
     };
-    const Case cases[] = {{1024, 1024, 0}, {960, 1024, 0}, {896, 1024, 0}, {833, 1024, 0},
+    const Case cases[] = {{1024, 1024, 0}, {960, 1024, 0},  {896, 1024, 0}, {833, 1024, 0},
                           {832, 832, 128}, {576, 576, 384}, {64, 64, 896}};
     for (const Case& c : cases) {
         void* slot = poolAlloc(pool, 1024);
@@ -184,9 +197,9 @@ TEST_F(PoolTest, FreeBlocksAreBinnedByTheLog2OfTheirPayloadIn64s) {
         size_t payload;
         int bin;
     };
-    const Case cases[] = {{64, 0},     {128, 1},    {192, 1},     {256, 2},      {448, 2},
-                          {512, 3},    {1024, 4},   {1088, 4},    {2048, 5},     {4032, 5},
-                          {4096, 6},   {65536, 10}, {262144, 12}, {524288, 13}};
+    const Case cases[] = {{64, 0},   {128, 1},    {192, 1},     {256, 2},    {448, 2},
+                          {512, 3},  {1024, 4},   {1088, 4},    {2048, 5},   {4032, 5},
+                          {4096, 6}, {65536, 10}, {262144, 12}, {524288, 13}};
     for (const Case& c : cases) {
         void* block = poolAlloc(pool, c.payload);
         void* guard = poolAlloc(pool, 64);
@@ -210,7 +223,8 @@ TEST_F(PoolTest, FirstFitInTheRequestsBinThenAnyLargerBin) {
     EXPECT_EQ(poolAlloc(pool, 700), b) << "the walk goes on past a block that is too small";
     EXPECT_EQ(poolAlloc(pool, 600), a) << "a smaller block of the same bin";
     expectConsistent();
-    for (void* block : {a, b, guardA, guardB}) poolFree(pool, block);
+    for (void* block : {a, b, guardA, guardB})
+        poolFree(pool, block);
 }
 
 // ---- Coalescing -------------------------------------------------------------------------
@@ -232,8 +246,10 @@ TEST_F(PoolTest, FreeingEverythingLeavesOneBlockSpanningTheRegion) {
         if (order == Shuffled) std::shuffle(blocks.begin(), blocks.end(), random);
         if (order == Alternate) { // every other block first, then the holes between them
             std::vector<void*> evenFirst;
-            for (size_t i = 0; i < blocks.size(); i += 2) evenFirst.push_back(blocks[i]);
-            for (size_t i = 1; i < blocks.size(); i += 2) evenFirst.push_back(blocks[i]);
+            for (size_t i = 0; i < blocks.size(); i += 2)
+                evenFirst.push_back(blocks[i]);
+            for (size_t i = 1; i < blocks.size(); i += 2)
+                evenFirst.push_back(blocks[i]);
             blocks = evenFirst;
         }
         for (void* block : blocks) {
@@ -284,7 +300,8 @@ TEST_F(PoolTest, SecondFreeChangesNothing) {
         EXPECT_TRUE(sameStats(stats(), before)) << scenario;
         EXPECT_EQ(poolLiveBlocks(pool), liveBefore) << scenario;
         expectConsistent();
-        for (void* block : {a, b, c}) poolFree(pool, block);
+        for (void* block : {a, b, c})
+            poolFree(pool, block);
         poolFree(pool, guard);
         EXPECT_EQ(stats().freeBlocks, 1u) << scenario;
         EXPECT_EQ(poolLiveBlocks(pool), 0u) << scenario;
@@ -297,7 +314,7 @@ TEST_F(PoolTest, SecondFreeChangesNothing) {
 TEST_F(PoolTest, RefusedPagesGiveNullAndLeaveTheShardAsItWas) {
     struct Case {
         const char* what;
-        bool warmUp;   // a region and a slab region exist before
+        bool warmUp; // a region and a slab region exist before
         size_t request;
         uint32_t failures;
     };

@@ -47,7 +47,8 @@ TEST(PoolThreads, BlockFreedOnAnotherThreadGoesBackToItsOwnersShard) {
             block = poolAlloc(pool, 3000);
         }
         ASSERT_NE(block, nullptr);
-        EXPECT_EQ(poolBlockWords(block).link, reinterpret_cast<uintptr_t>(poolShardAddress(pool, ownerShard)));
+        EXPECT_EQ(poolBlockWords(block).link,
+                  reinterpret_cast<uintptr_t>(poolShardAddress(pool, ownerShard)));
         EXPECT_EQ(poolShardStats(pool, ownerShard).usedBytes, 3008u);
 
         if (direction == WorkerAllocatesMainFrees) {
@@ -142,8 +143,10 @@ TEST(PoolThreads, ConcurrentChurnKeepsContentsAndShardsIntact) {
         }
     };
     std::vector<std::thread> threads;
-    for (int id = 0; id < kThreads; ++id) threads.emplace_back(worker, id);
-    for (std::thread& thread : threads) thread.join();
+    for (int id = 0; id < kThreads; ++id)
+        threads.emplace_back(worker, id);
+    for (std::thread& thread : threads)
+        thread.join();
     for (const Block& b : exchange) {
         if (!intact(b)) ++corrupt;
         poolFree(pool, b.data);

@@ -41,7 +41,9 @@ class RecordingAllocator : public poolmemThreadAllocator {
     int count = 0;
 };
 
-bool bit(const poolmemPage* page, unsigned index) { return (page->bitmap[index / 32] >> (index % 32)) & 1u; }
+bool bit(const poolmemPage* page, unsigned index) {
+    return (page->bitmap[index / 32] >> (index % 32)) & 1u;
+}
 
 poolmemPage* pageAt(poolmemPage* first, unsigned index) {
     return reinterpret_cast<poolmemPage*>(reinterpret_cast<char*>(first) + index * 4096);
@@ -77,12 +79,13 @@ TEST(Slab, CapacityFollowsTheElementSize) {
         unsigned capacity;
         char listWhenFull; // a page that is full at its first use went to the partial list first
     };
-    const Case cases[] = {{24, 24, 168, 'e'},  {16, 16, 252, 'e'},     {8, 16, 252, 'e'},
+    const Case cases[] = {{24, 24, 168, 'e'},  {16, 16, 252, 'e'},   {8, 16, 252, 'e'},
                           {100, 100, 40, 'e'}, {2016, 2016, 2, 'e'}, {4032, 4032, 1, 'p'}};
     for (const Case& c : cases) {
         RecordingAllocator slab(c.elementSize);
         std::vector<char*> elements;
-        for (unsigned i = 0; i < c.capacity; ++i) elements.push_back(static_cast<char*>(slab.allocate()));
+        for (unsigned i = 0; i < c.capacity; ++i)
+            elements.push_back(static_cast<char*>(slab.allocate()));
         poolmemPage* page = poolmemThreadAllocator::pageOf(elements[0]);
         EXPECT_EQ(page->capacity, c.capacity) << c.elementSize;
         EXPECT_EQ(page->elementSize, c.effectiveSize) << c.elementSize;
@@ -100,7 +103,8 @@ TEST(Slab, CapacityFollowsTheElementSize) {
         EXPECT_EQ(slab.events[0].event, poolmemPageFirstUse) << c.elementSize;
         EXPECT_EQ(slab.events[1].event, poolmemPageBecameFull) << c.elementSize;
         EXPECT_EQ(slab.events[1].list, c.listWhenFull) << c.elementSize;
-        for (char* element : elements) poolmemThreadAllocator::release(element);
+        for (char* element : elements)
+            poolmemThreadAllocator::release(element);
         poolmemThreadAllocator::release(next);
     }
 }
@@ -108,7 +112,8 @@ TEST(Slab, CapacityFollowsTheElementSize) {
 TEST(Slab, PageEventsAcrossFillingAndEmptyingAPage) {
     RecordingAllocator slab;
     std::vector<void*> elements;
-    for (int i = 0; i < 168; ++i) elements.push_back(slab.allocate());
+    for (int i = 0; i < 168; ++i)
+        elements.push_back(slab.allocate());
     poolmemPage* page = poolmemThreadAllocator::pageOf(elements[0]);
     ASSERT_EQ(slab.count, 2);
     EXPECT_EQ(slab.events[0].page, page);
@@ -167,7 +172,8 @@ TEST(Slab, FreedElementWaitsUntilThePageEmpties) {
     for (unsigned freed : {0u, 1u, 2u}) {
         poolmemThreadAllocator slab;
         char* elements[3];
-        for (char*& element : elements) element = static_cast<char*>(slab.allocate());
+        for (char*& element : elements)
+            element = static_cast<char*>(slab.allocate());
         poolmemThreadAllocator::release(elements[freed]);
         char* next = static_cast<char*>(slab.allocate());
         EXPECT_EQ(next, elements[0] + 3 * 24) << freed;
@@ -198,7 +204,8 @@ TEST(Slab, RegionIsUnmappedWhenEmptyOnlyIfAskedTo) {
 TEST(Slab, FlushUnmapsEveryRegion) {
     uint64_t pagesBefore = poolPageBytesOutstanding();
     poolmemThreadAllocator slab;
-    for (int i = 0; i < 64 * 168 + 1; ++i) ASSERT_NE(slab.allocate(), nullptr); // two regions
+    for (int i = 0; i < 64 * 168 + 1; ++i)
+        ASSERT_NE(slab.allocate(), nullptr); // two regions
     EXPECT_EQ(poolPageBytesOutstanding() - pagesBefore, 2u * 0x40000u);
     slab.flush();
     EXPECT_EQ(poolPageBytesOutstanding(), pagesBefore);
@@ -239,8 +246,10 @@ TEST(Slab, ConcurrentUseHandsOutEachElementOnce) {
         }
     };
     std::vector<std::thread> threads;
-    for (uint32_t id = 0; id < 4; ++id) threads.emplace_back(worker, id);
-    for (std::thread& thread : threads) thread.join();
+    for (uint32_t id = 0; id < 4; ++id)
+        threads.emplace_back(worker, id);
+    for (std::thread& thread : threads)
+        thread.join();
     EXPECT_EQ(faults.load(), 0);
     EXPECT_EQ(slab.fullPages, nullptr);
     EXPECT_EQ(slab.partialPages, nullptr);
