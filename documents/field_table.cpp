@@ -16,7 +16,8 @@ constexpr size_t kMaxComponent = 128;
 // Returns where the next component starts, or null after the last one.
 const char* takeComponent(const char* begin, char (&out)[kMaxComponent]) {
     const char* end = begin;
-    while (*end && *end != '/') ++end;
+    while (*end && *end != '/')
+        ++end;
     const size_t length = static_cast<size_t>(end - begin);
     if (length < kMaxComponent) {
         std::memcpy(out, begin, length);
@@ -65,7 +66,9 @@ template <class T> T load(const uint8_t* at) {
     return value;
 }
 
-template <class T> void store(uint8_t* at, const T& value) { std::memcpy(at, &value, sizeof value); }
+template <class T> void store(uint8_t* at, const T& value) {
+    std::memcpy(at, &value, sizeof value);
+}
 
 // Reads one value through a typed reader, on a copy, so record offsets need no alignment.
 template <class T, class Reader> void readValue(uint8_t* at, Reader reader) {
@@ -167,13 +170,14 @@ void readField(const FieldDescriptor& field, pugi::xml_node section, uint8_t* re
 
 void readFields(const FieldDescriptor* fields, size_t count, pugi::xml_node section, uint8_t* record,
                 size_t recordSize, ITaviNameInterface* names) {
-    for (size_t i = 0; i < count; ++i) readField(fields[i], section, record, recordSize, names);
+    for (size_t i = 0; i < count; ++i)
+        readField(fields[i], section, record, recordSize, names);
 }
 
 // ---- Writing and walking -----------------------------------------------------------------------
 
-void writeField(const FieldDescriptor& field, pugi::xml_node section, const uint8_t* record, size_t recordSize,
-                ITaviNameInterface* names) {
+void writeField(const FieldDescriptor& field, pugi::xml_node section, const uint8_t* record,
+                size_t recordSize, ITaviNameInterface* names) {
     if ((field.flags & kFieldReadOnly) || !fieldInside(field, recordSize)) return;
     const char* key = nullptr;
     pugi::xml_node parent = makeHolder(section, field.key, &key);
@@ -264,21 +268,25 @@ void writeField(const FieldDescriptor& field, pugi::xml_node section, const uint
     }
     case FieldKind::CoordGen: {
         const auto value = load<CoordGen>(at);
-        WriteCoordGen(parent.type() == pugi::node_element ? parent.append_child(key) : pugi::xml_node(), &value);
+        WriteCoordGen(parent.type() == pugi::node_element ? parent.append_child(key) : pugi::xml_node(),
+                      &value);
         break;
     }
     case FieldKind::ColorOutput: {
         const auto value = load<ColorOutput>(at);
-        WriteColorOutput(parent.type() == pugi::node_element ? parent.append_child(key) : pugi::xml_node(), &value);
+        WriteColorOutput(parent.type() == pugi::node_element ? parent.append_child(key) : pugi::xml_node(),
+                         &value);
         break;
     }
     case FieldKind::Custom:
-        if (field.custom && field.custom->write) field.custom->write(parent, field, record, recordSize, names);
+        if (field.custom && field.custom->write)
+            field.custom->write(parent, field, record, recordSize, names);
         break;
     }
 }
 
 void writeFields(const FieldDescriptor* fields, size_t count, pugi::xml_node section, const uint8_t* record,
                  size_t recordSize, ITaviNameInterface* names) {
-    for (size_t i = 0; i < count; ++i) writeField(fields[i], section, record, recordSize, names);
+    for (size_t i = 0; i < count; ++i)
+        writeField(fields[i], section, record, recordSize, names);
 }

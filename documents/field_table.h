@@ -58,8 +58,8 @@ struct FieldDescriptor;
 struct CustomField {
     void (*read)(pugi::xml_node parent, const FieldDescriptor& field, uint8_t* record, size_t recordSize,
                  ITaviNameInterface* names);
-    void (*write)(pugi::xml_node parent, const FieldDescriptor& field, const uint8_t* record, size_t recordSize,
-                  ITaviNameInterface* names);
+    void (*write)(pugi::xml_node parent, const FieldDescriptor& field, const uint8_t* record,
+                  size_t recordSize, ITaviNameInterface* names);
 };
 
 struct FieldDescriptor {
@@ -75,8 +75,8 @@ struct FieldDescriptor {
 
 struct TypeDescriptor {
     int32_t type;
-    const char* word;         // the type's word in its kind's word table, null for none
-    uint32_t imageLength;     // bytes of the record that the type occupies
+    const char* word;     // the type's word in its kind's word table, null for none
+    uint32_t imageLength; // bytes of the record that the type occupies
     const FieldDescriptor* fields;
     size_t fieldCount;
     // Texture maps of the mapped shape carry CoordGen and ColorOutput under the document root,
@@ -178,12 +178,24 @@ constexpr bool typeFits(const TypeDescriptor& type, uint32_t recordBytes) {
 
 // ---- Building rows -----------------------------------------------------------------------------
 
-constexpr FieldDescriptor sectionField(const char* key) { return {key, FieldKind::Section, 0, 0}; }
-constexpr FieldDescriptor intField(const char* key, uint32_t offset) { return {key, FieldKind::Int, offset, 4}; }
-constexpr FieldDescriptor uintField(const char* key, uint32_t offset) { return {key, FieldKind::UInt, offset, 4}; }
-constexpr FieldDescriptor int16Field(const char* key, uint32_t offset) { return {key, FieldKind::Int16, offset, 2}; }
-constexpr FieldDescriptor floatField(const char* key, uint32_t offset) { return {key, FieldKind::Float, offset, 4}; }
-constexpr FieldDescriptor boolField(const char* key, uint32_t offset) { return {key, FieldKind::Bool, offset, 1}; }
+constexpr FieldDescriptor sectionField(const char* key) {
+    return {key, FieldKind::Section, 0, 0};
+}
+constexpr FieldDescriptor intField(const char* key, uint32_t offset) {
+    return {key, FieldKind::Int, offset, 4};
+}
+constexpr FieldDescriptor uintField(const char* key, uint32_t offset) {
+    return {key, FieldKind::UInt, offset, 4};
+}
+constexpr FieldDescriptor int16Field(const char* key, uint32_t offset) {
+    return {key, FieldKind::Int16, offset, 2};
+}
+constexpr FieldDescriptor floatField(const char* key, uint32_t offset) {
+    return {key, FieldKind::Float, offset, 4};
+}
+constexpr FieldDescriptor boolField(const char* key, uint32_t offset) {
+    return {key, FieldKind::Bool, offset, 1};
+}
 constexpr FieldDescriptor stringField(const char* key, uint32_t offset, uint32_t capacity) {
     return {key, FieldKind::String, offset, capacity * 2};
 }
@@ -220,7 +232,8 @@ constexpr FieldDescriptor coordGenField(const char* key, uint32_t offset) {
 constexpr FieldDescriptor colorOutputField(const char* key, uint32_t offset) {
     return {key, FieldKind::ColorOutput, offset, kColorOutputBytes};
 }
-constexpr FieldDescriptor customField(const char* key, uint32_t offset, uint32_t width, const CustomField* custom) {
+constexpr FieldDescriptor customField(const char* key, uint32_t offset, uint32_t width,
+                                      const CustomField* custom) {
     return {key, FieldKind::Custom, offset, width, nullptr, 0, 0, custom};
 }
 constexpr FieldDescriptor readOnly(FieldDescriptor field) {
@@ -252,5 +265,5 @@ void writeFields(const FieldDescriptor* fields, size_t count, pugi::xml_node sec
 // One field; the table forms call these in order.
 void readField(const FieldDescriptor& field, pugi::xml_node section, uint8_t* record, size_t recordSize,
                ITaviNameInterface* names);
-void writeField(const FieldDescriptor& field, pugi::xml_node section, const uint8_t* record, size_t recordSize,
-                ITaviNameInterface* names);
+void writeField(const FieldDescriptor& field, pugi::xml_node section, const uint8_t* record,
+                size_t recordSize, ITaviNameInterface* names);

@@ -43,7 +43,9 @@ static_assert(sizeof(kMaterialTypeWords) / sizeof(kMaterialTypeWords[0]) == kMat
 
 namespace {
 
-bool hasNoFields(int32_t type) { return type == 9 || type == 27; }
+bool hasNoFields(int32_t type) {
+    return type == 9 || type == 27;
+}
 
 // The table of a number that may carry fields, or null for an unknown number or one whose
 // table isn't there.
@@ -79,7 +81,8 @@ void WriteMaterialCommon(pugi::xml_node root, const MaterialRecord* record) {
     pugi::xml_node common = root.append_child("Common");
     // The record's name need not be terminated; the copy is.
     char16_t name[kNameChars + 1] = {};
-    for (size_t i = 0; i < kNameChars; ++i) name[i] = record->Name[i];
+    for (size_t i = 0; i < kNameChars; ++i)
+        name[i] = record->Name[i];
     XmlWriteString(common, "Name", name);
     XmlWriteInt(common, "AovID", &record->AovID);
 }
@@ -92,8 +95,8 @@ bool ReadMaterialDocument(MaterialRecord* record, const char16_t* path, ITaviNam
     pugi::xml_node root;
     if (!XmlOpenDocument(doc, path, kMaterialRootWord, &root)) return false;
     ReadMaterialCommon(root, record);
-    readFields(table->fields, table->fieldCount, root.child("SpecificParameters"), reinterpret_cast<uint8_t*>(record),
-               usableLength(*table), names);
+    readFields(table->fields, table->fieldCount, root.child("SpecificParameters"),
+               reinterpret_cast<uint8_t*>(record), usableLength(*table), names);
     return true;
 }
 
@@ -108,7 +111,8 @@ bool BuildMaterialDocument(const MaterialRecord* record, ITaviNameInterface* nam
     return true;
 }
 
-bool WriteMaterialDocument(const MaterialRecord* record, const char16_t* /*path*/, ITaviNameInterface* names) {
+bool WriteMaterialDocument(const MaterialRecord* record, const char16_t* /*path*/,
+                           ITaviNameInterface* names) {
     if (hasNoFields(record->type)) return true;
     pugi::xml_document doc;
     BuildMaterialDocument(record, names, &doc);

@@ -26,17 +26,17 @@ constexpr FieldDescriptor kCoordGenFields[] = {
 static_assert(fieldsFit(kCoordGenFields, offsetof(CoordGen, Noise)));
 
 constexpr FieldDescriptor kCommonNoiseFields[] = {
-    colorField("Amplitude", 0x00), colorField("Scale", 0x0C),      floatField("Phase", 0x18),
-    int16Field("Levels", 0x1C),    boolField("UsePhase", 0x1E),    floatField("OctaveAmplitude", 0x20),
+    colorField("Amplitude", 0x00),  colorField("Scale", 0x0C),   floatField("Phase", 0x18),
+    int16Field("Levels", 0x1C),     boolField("UsePhase", 0x1E), floatField("OctaveAmplitude", 0x20),
     floatField("OctaveSize", 0x24),
 };
 static_assert(fieldsFit(kCommonNoiseFields, sizeof(CommonNoise)));
 
 constexpr FieldDescriptor kColorOutputFields[] = {
-    floatField("RgbMul", 0x00),      floatField("RgbAdd", 0x04),      floatField("AlphaMul", 0x08),
-    floatField("AlphaAdd", 0x0C),    floatField("LumR", 0x10),        floatField("LumG", 0x14),
-    floatField("LumB", 0x18),        boolField("RGB2Lum", 0x1C),      boolField("Clamp0", 0x1D),
-    boolField("Clamp1", 0x1E),       splineField("SplineR", 0x20, 8), splineField("SplineG", 0x120, 8),
+    floatField("RgbMul", 0x00),       floatField("RgbAdd", 0x04),       floatField("AlphaMul", 0x08),
+    floatField("AlphaAdd", 0x0C),     floatField("LumR", 0x10),         floatField("LumG", 0x14),
+    floatField("LumB", 0x18),         boolField("RGB2Lum", 0x1C),       boolField("Clamp0", 0x1D),
+    boolField("Clamp1", 0x1E),        splineField("SplineR", 0x20, 8),  splineField("SplineG", 0x120, 8),
     splineField("SplineB", 0x220, 8), splineField("SplineA", 0x320, 8),
 };
 static_assert(fieldsFit(kColorOutputFields, sizeof(ColorOutput)));
@@ -81,17 +81,22 @@ void ReadCoordGen(pugi::xml_node element, CoordGen* block) {
 
 void WriteCoordGen(pugi::xml_node element, const CoordGen* block) {
     writeBlock(kCoordGenFields, element, block);
-    WriteCommonNoise(element.type() == pugi::node_element ? element.append_child("CommonNoise") : pugi::xml_node(),
+    WriteCommonNoise(element.type() == pugi::node_element ? element.append_child("CommonNoise")
+                                                          : pugi::xml_node(),
                      &block->Noise);
 }
 
-void ReadCommonNoise(pugi::xml_node element, CommonNoise* block) { readBlock(kCommonNoiseFields, element, block); }
+void ReadCommonNoise(pugi::xml_node element, CommonNoise* block) {
+    readBlock(kCommonNoiseFields, element, block);
+}
 
 void WriteCommonNoise(pugi::xml_node element, const CommonNoise* block) {
     writeBlock(kCommonNoiseFields, element, block);
 }
 
-void ReadColorOutput(pugi::xml_node element, ColorOutput* block) { readBlock(kColorOutputFields, element, block); }
+void ReadColorOutput(pugi::xml_node element, ColorOutput* block) {
+    readBlock(kColorOutputFields, element, block);
+}
 
 void WriteColorOutput(pugi::xml_node element, const ColorOutput* block) {
     writeBlock(kColorOutputFields, element, block);

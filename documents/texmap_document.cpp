@@ -78,7 +78,8 @@ void WriteTexMapCommon(pugi::xml_node root, const TexMapRecord* record) {
     XmlWriteEnumAttribute(root, "type", record->type, kTexMapTypeWords);
     // The record's name need not be terminated; the copy is.
     char16_t name[kNameChars + 1] = {};
-    for (size_t i = 0; i < kNameChars; ++i) name[i] = record->Name[i];
+    for (size_t i = 0; i < kNameChars; ++i)
+        name[i] = record->Name[i];
     XmlWriteString(root.append_child("Common"), "Name", name);
 }
 
@@ -109,7 +110,8 @@ bool BuildTexMapDocument(const TexMapRecord* record, ITaviNameInterface* names, 
     pugi::xml_node root = doc->append_child(kTexMapRootWord);
     WriteTexMapCommon(root, record);
     if (table->mapped) writeFields(kMappedBlocks, std::size(kMappedBlocks), root, bytes, length, names);
-    writeFields(table->fields, table->fieldCount, root.append_child("SpecificParameters"), bytes, length, names);
+    writeFields(table->fields, table->fieldCount, root.append_child("SpecificParameters"), bytes, length,
+                names);
     return true;
 }
 

@@ -20,7 +20,9 @@ pugi::xml_node appendElement(pugi::xml_node parent, const char* key) {
     return parent.append_child(key);
 }
 
-void setText(pugi::xml_attribute attribute, const char* text) { attribute.set_value(text ? text : ""); }
+void setText(pugi::xml_attribute attribute, const char* text) {
+    attribute.set_value(text ? text : "");
+}
 
 void appendFloatAttribute(pugi::xml_node element, const char* name, float value) {
     char text[128];
@@ -59,10 +61,18 @@ pugi::xml_attribute valueAttribute(pugi::xml_node parent, const char* key) {
     return parent.child(key).attribute("value");
 }
 
-bool isBlank(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-bool isHexDigit(char c) { return isDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
-char lowerAscii(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+bool isBlank(char c) {
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+bool isHexDigit(char c) {
+    return isDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
+}
+char lowerAscii(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
 
 // When the converter says "out of range", the only question left is whether the number is too
 // big or too small. Its order of magnitude answers it: digits before the point (after leading
@@ -73,7 +83,8 @@ bool overflows(const char* p, const char* end, bool hex) {
     const long long placeWeight = hex ? 4 : 1;
     long long magnitude = 0;
     bool seenNonZero = false;
-    while (p < end && *p == '0') ++p;
+    while (p < end && *p == '0')
+        ++p;
     while (p < end && digit(*p)) {
         magnitude += placeWeight;
         seenNonZero = true;
@@ -85,7 +96,8 @@ bool overflows(const char* p, const char* end, bool hex) {
             magnitude -= placeWeight;
             ++p;
         }
-        while (p < end && digit(*p)) ++p;
+        while (p < end && digit(*p))
+            ++p;
     }
     long long exponent = 0;
     if (p < end && lowerAscii(*p) == (hex ? 'p' : 'e')) {
@@ -106,7 +118,8 @@ bool overflows(const char* p, const char* end, bool hex) {
 
 // ---- Opening a document ------------------------------------------------------------------------
 
-bool XmlOpenDocument(pugi::xml_document& doc, const char16_t* path, const char* rootWord, pugi::xml_node* root) {
+bool XmlOpenDocument(pugi::xml_document& doc, const char16_t* path, const char* rootWord,
+                     pugi::xml_node* root) {
     if (root) *root = pugi::xml_node();
     if (!path) return false;
     const std::string narrowPath = utf16ToUtf8(path);
@@ -147,7 +160,8 @@ void XmlFormatFloat(float value, char (&out)[128]) {
 double XmlParseDouble(const char* text) {
     if (!text) return 0.0;
     const char* p = text;
-    while (isBlank(*p)) ++p;
+    while (isBlank(*p))
+        ++p;
     bool negative = false;
     if (*p == '+' || *p == '-') {
         negative = *p == '-';
@@ -201,7 +215,8 @@ void XmlReadInt(pugi::xml_node parent, const char* key, uint32_t* field) {
 
 void XmlReadInt(pugi::xml_node parent, const char* key, int16_t* field) {
     pugi::xml_attribute attribute = valueAttribute(parent, key);
-    if (attribute) *field = static_cast<int16_t>(static_cast<uint16_t>(static_cast<uint32_t>(attribute.as_int())));
+    if (attribute)
+        *field = static_cast<int16_t>(static_cast<uint16_t>(static_cast<uint32_t>(attribute.as_int())));
 }
 
 void XmlWriteFloat(pugi::xml_node parent, const char* key, const float* field) {
@@ -246,7 +261,8 @@ void XmlReadString(pugi::xml_node parent, const char* key, char16_t* buffer, siz
 
 size_t XmlWordCount(WordTable words) {
     size_t count = 0;
-    while (words && words[count]) ++count;
+    while (words && words[count])
+        ++count;
     return count;
 }
 
@@ -305,13 +321,15 @@ const char* const kEntryNames[4][3] = {
 void writeChannels(pugi::xml_node parent, const char* key, const float* channels, size_t count) {
     pugi::xml_node element = appendElement(parent, key);
     if (!element) return;
-    for (size_t i = 0; i < count; ++i) appendFloatAttribute(element, kColorChannels[i], channels[i]);
+    for (size_t i = 0; i < count; ++i)
+        appendFloatAttribute(element, kColorChannels[i], channels[i]);
 }
 
 void readChannels(pugi::xml_node parent, const char* key, float* channels, size_t count) {
     pugi::xml_node element = parent.child(key);
     if (!element) return;
-    for (size_t i = 0; i < count; ++i) readFloatAttribute(element, kColorChannels[i], &channels[i]);
+    for (size_t i = 0; i < count; ++i)
+        readFloatAttribute(element, kColorChannels[i], &channels[i]);
 }
 } // namespace
 
@@ -327,7 +345,8 @@ void XmlReadColor(pugi::xml_node parent, const char* key, ColorRGB* field) {
 }
 
 void XmlWriteColorEx(pugi::xml_node parent, const char* key, const ColorEx* field) {
-    const float channels[8] = {field->R, field->G, field->B, field->W, field->ER, field->EG, field->EB, field->EW};
+    const float channels[8] = {field->R,  field->G,  field->B,  field->W,
+                               field->ER, field->EG, field->EB, field->EW};
     writeChannels(parent, key, channels, 8);
 }
 
@@ -397,7 +416,8 @@ void writeSegments(pugi::xml_node element, const Segment* segments, size_t count
 }
 
 template <class Segment, size_t N>
-void readSegments(pugi::xml_node element, Segment* segments, size_t count, const SegmentAttribute (&attributes)[N]) {
+void readSegments(pugi::xml_node element, Segment* segments, size_t count,
+                  const SegmentAttribute (&attributes)[N]) {
     for (size_t i = 0; i < count; ++i) {
         segments[i].ts = 1.0f;
         segments[i].te = 0.0f;
@@ -472,13 +492,15 @@ int32_t lookUpId(const char16_t* name, ITaviNameInterface* names, IdOf idOf) {
     return answer ? *answer : result;
 }
 
-void readReference(pugi::xml_node parent, const char* key, int32_t* field, ITaviNameInterface* names, IdOf idOf) {
+void readReference(pugi::xml_node parent, const char* key, int32_t* field, ITaviNameInterface* names,
+                   IdOf idOf) {
     const std::u16string name = utf8ToUtf16(parent.child(key).attribute("name").value());
     *field = lookUpId(name.c_str(), names, idOf);
 }
 } // namespace
 
-void XmlWriteTexMapRef(pugi::xml_node parent, const char* key, const int32_t* field, ITaviNameInterface* names) {
+void XmlWriteTexMapRef(pugi::xml_node parent, const char* key, const int32_t* field,
+                       ITaviNameInterface* names) {
     writeReference(parent, key, "name", *field, names, &ITaviNameInterface::GetTexMapName);
 }
 
@@ -486,7 +508,8 @@ void XmlReadTexMapRef(pugi::xml_node parent, const char* key, int32_t* field, IT
     readReference(parent, key, field, names, &ITaviNameInterface::GetTexMapId);
 }
 
-void XmlWriteMaterialRef(pugi::xml_node parent, const char* key, const int32_t* field, ITaviNameInterface* names) {
+void XmlWriteMaterialRef(pugi::xml_node parent, const char* key, const int32_t* field,
+                         ITaviNameInterface* names) {
     writeReference(parent, key, "name", *field, names, &ITaviNameInterface::GetMaterialName);
 }
 
@@ -494,7 +517,8 @@ void XmlReadMaterialRef(pugi::xml_node parent, const char* key, int32_t* field, 
     readReference(parent, key, field, names, &ITaviNameInterface::GetMaterialId);
 }
 
-void XmlWriteTextureRef(pugi::xml_node parent, const char* key, const int32_t* field, ITaviNameInterface* names) {
+void XmlWriteTextureRef(pugi::xml_node parent, const char* key, const int32_t* field,
+                        ITaviNameInterface* names) {
     writeReference(parent, key, "value", *field, names, &ITaviNameInterface::GetTextureName);
 }
 

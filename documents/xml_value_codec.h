@@ -52,7 +52,8 @@ constexpr size_t kColorSplineSegments = 4;
 // detection. False when the file can't be opened or doesn't parse; `doc` is then reset. On
 // success `*root` is the first child of the document named `rootWord` (exactly), or a null
 // node when there is none: the document still counts as loaded.
-bool XmlOpenDocument(pugi::xml_document& doc, const char16_t* path, const char* rootWord, pugi::xml_node* root);
+bool XmlOpenDocument(pugi::xml_document& doc, const char16_t* path, const char* rootWord,
+                     pugi::xml_node* root);
 
 // ---- Names -------------------------------------------------------------------------------------
 
@@ -158,12 +159,15 @@ void XmlReadColorSplineElement(pugi::xml_node element, ColorSplineSegment* segme
 // id's name even when it has nowhere to put it. The read always overwrites the id with what
 // the name interface gives for the text (the empty text when the key is missing), so a missing
 // reference becomes -1. Without a name interface the read stores -1.
-void XmlWriteTexMapRef(pugi::xml_node parent, const char* key, const int32_t* field, ITaviNameInterface* names);
+void XmlWriteTexMapRef(pugi::xml_node parent, const char* key, const int32_t* field,
+                       ITaviNameInterface* names);
 void XmlReadTexMapRef(pugi::xml_node parent, const char* key, int32_t* field, ITaviNameInterface* names);
-void XmlWriteMaterialRef(pugi::xml_node parent, const char* key, const int32_t* field, ITaviNameInterface* names);
+void XmlWriteMaterialRef(pugi::xml_node parent, const char* key, const int32_t* field,
+                         ITaviNameInterface* names);
 void XmlReadMaterialRef(pugi::xml_node parent, const char* key, int32_t* field, ITaviNameInterface* names);
 
 // Texture references are coded differently: attribute `value`, and the name is cut to
 // kNameChars - 1 characters before it is looked up.
-void XmlWriteTextureRef(pugi::xml_node parent, const char* key, const int32_t* field, ITaviNameInterface* names);
+void XmlWriteTextureRef(pugi::xml_node parent, const char* key, const int32_t* field,
+                        ITaviNameInterface* names);
 void XmlReadTextureRef(pugi::xml_node parent, const char* key, int32_t* field, ITaviNameInterface* names);

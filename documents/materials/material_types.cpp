@@ -16,4 +16,6 @@ const TypeDescriptor* findMaterialType(int32_t type) {
     return nullptr;
 }
 
-const TypeDescriptor* const* allMaterialTypes() { return kMaterialTypes; }
+const TypeDescriptor* const* allMaterialTypes() {
+    return kMaterialTypes;
+}

@@ -16,4 +16,6 @@ const TypeDescriptor* findTexMapType(int32_t type) {
     return nullptr;
 }
 
-const TypeDescriptor* const* allTexMapTypes() { return kTexMapTypes; }
+const TypeDescriptor* const* allTexMapTypes() {
+    return kTexMapTypes;
+}
