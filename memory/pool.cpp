@@ -22,7 +22,8 @@ std::atomic<bool> gProcessExiting{false};
 
 constexpr size_t kPoolObjectBytes = (sizeof(PoolAllocator) + kRegionPage - 1) & ~(kRegionPage - 1);
 
-// The thread id cannot change while the thread lives, so its shard is worked out once.
+// The thread id cannot change while the thread lives, so its shard is worked out
+// once. (A forked child keeps its parent's shard; any shard would do.)
 thread_local unsigned tShardPlusOne = 0;
 
 void pushFree(PoolShard* shard, PoolBlock* block) {
