@@ -87,27 +87,37 @@ void WriteMaterialCommon(pugi::xml_node root, const MaterialRecord* record) {
     XmlWriteInt(common, "AovID", &record->AovID);
 }
 
-bool ReadMaterialDocument(MaterialRecord* record, const char16_t* path, ITaviNameInterface* names) {
-    if (hasNoFields(record->type)) return true;
-    const TypeDescriptor* table = tableOf(record->type);
-    if (!table) return false;
+bool ReadMaterialWithTable(const TypeDescriptor& table, MaterialRecord* record, const char16_t* path,
+                           ITaviNameInterface* names) {
     pugi::xml_document doc;
     pugi::xml_node root;
     if (!XmlOpenDocument(doc, path, kMaterialRootWord, &root)) return false;
     ReadMaterialCommon(root, record);
-    readFields(table->fields, table->fieldCount, root.child("SpecificParameters"),
-               reinterpret_cast<uint8_t*>(record), usableLength(*table), names);
+    readFields(table.fields, table.fieldCount, root.child("SpecificParameters"),
+               reinterpret_cast<uint8_t*>(record), usableLength(table), names);
     return true;
+}
+
+bool ReadMaterialDocument(MaterialRecord* record, const char16_t* path, ITaviNameInterface* names) {
+    if (hasNoFields(record->type)) return true;
+    const TypeDescriptor* table = tableOf(record->type);
+    return table && ReadMaterialWithTable(*table, record, path, names);
+}
+
+void BuildMaterialWithTable(const TypeDescriptor& table, const MaterialRecord* record,
+                            ITaviNameInterface* names, pugi::xml_document* doc) {
+    doc->reset();
+    pugi::xml_node root = doc->append_child(kMaterialRootWord);
+    WriteMaterialCommon(root, record);
+    writeFields(table.fields, table.fieldCount, root.append_child("SpecificParameters"),
+                reinterpret_cast<const uint8_t*>(record), usableLength(table), names);
 }
 
 bool BuildMaterialDocument(const MaterialRecord* record, ITaviNameInterface* names, pugi::xml_document* doc) {
     doc->reset();
     const TypeDescriptor* table = tableOf(record->type);
     if (!table) return false;
-    pugi::xml_node root = doc->append_child(kMaterialRootWord);
-    WriteMaterialCommon(root, record);
-    writeFields(table->fields, table->fieldCount, root.append_child("SpecificParameters"),
-                reinterpret_cast<const uint8_t*>(record), usableLength(*table), names);
+    BuildMaterialWithTable(*table, record, names, doc);
     return true;
 }
 

@@ -14,6 +14,7 @@
 #include <cstdint>
 
 class ITaviNameInterface;
+struct TypeDescriptor;
 
 // Material type words by number, 0 to 31, then the null end. Numbers 0 and 9 are the empty
 // word; number 32 has no word at all, so no document can name it.
@@ -48,3 +49,10 @@ bool BuildMaterialDocument(const MaterialRecord* record, ITaviNameInterface* nam
 // missing) and Common/AovID.
 void ReadMaterialCommon(pugi::xml_node root, MaterialRecord* record);
 void WriteMaterialCommon(pugi::xml_node root, const MaterialRecord* record);
+
+// The frame around one given table, which the dispatches above pick by number; also how a table
+// is exercised on its own.
+bool ReadMaterialWithTable(const TypeDescriptor& table, MaterialRecord* record, const char16_t* path,
+                           ITaviNameInterface* names);
+void BuildMaterialWithTable(const TypeDescriptor& table, const MaterialRecord* record,
+                            ITaviNameInterface* names, pugi::xml_document* doc);

@@ -83,35 +83,45 @@ void WriteTexMapCommon(pugi::xml_node root, const TexMapRecord* record) {
     XmlWriteString(root.append_child("Common"), "Name", name);
 }
 
-bool ReadTexMapDocument(TexMapRecord* record, const char16_t* path, ITaviNameInterface* names) {
-    const TypeDescriptor* table = tableOf(record->type);
-    if (!table) return false;
+bool ReadTexMapWithTable(const TypeDescriptor& table, TexMapRecord* record, const char16_t* path,
+                         ITaviNameInterface* names) {
     pugi::xml_document doc;
     pugi::xml_node root;
     if (!XmlOpenDocument(doc, path, kTexMapRootWord, &root)) return false;
     uint8_t* bytes = reinterpret_cast<uint8_t*>(record);
-    const size_t length = usableLength(*table);
+    const size_t length = usableLength(table);
     ReadTexMapCommon(root, record);
-    if (table->mapped) readFields(kMappedBlocks, std::size(kMappedBlocks), root, bytes, length, names);
-    readFields(table->fields, table->fieldCount, root.child("SpecificParameters"), bytes, length, names);
-    if (table->resultTextureOffset == 0) return true;
-    if (table->resultTextureOffset + sizeof(int32_t) > length) return false;
+    if (table.mapped) readFields(kMappedBlocks, std::size(kMappedBlocks), root, bytes, length, names);
+    readFields(table.fields, table.fieldCount, root.child("SpecificParameters"), bytes, length, names);
+    if (table.resultTextureOffset == 0) return true;
+    if (table.resultTextureOffset + sizeof(int32_t) > length) return false;
     int32_t texture = -1;
-    std::memcpy(&texture, bytes + table->resultTextureOffset, sizeof texture);
+    std::memcpy(&texture, bytes + table.resultTextureOffset, sizeof texture);
     return texture != -1;
+}
+
+bool ReadTexMapDocument(TexMapRecord* record, const char16_t* path, ITaviNameInterface* names) {
+    const TypeDescriptor* table = tableOf(record->type);
+    return table && ReadTexMapWithTable(*table, record, path, names);
+}
+
+void BuildTexMapWithTable(const TypeDescriptor& table, const TexMapRecord* record, ITaviNameInterface* names,
+                          pugi::xml_document* doc) {
+    doc->reset();
+    const uint8_t* bytes = reinterpret_cast<const uint8_t*>(record);
+    const size_t length = usableLength(table);
+    pugi::xml_node root = doc->append_child(kTexMapRootWord);
+    WriteTexMapCommon(root, record);
+    if (table.mapped) writeFields(kMappedBlocks, std::size(kMappedBlocks), root, bytes, length, names);
+    writeFields(table.fields, table.fieldCount, root.append_child("SpecificParameters"), bytes, length,
+                names);
 }
 
 bool BuildTexMapDocument(const TexMapRecord* record, ITaviNameInterface* names, pugi::xml_document* doc) {
     doc->reset();
     const TypeDescriptor* table = tableOf(record->type);
     if (!table) return false;
-    const uint8_t* bytes = reinterpret_cast<const uint8_t*>(record);
-    const size_t length = usableLength(*table);
-    pugi::xml_node root = doc->append_child(kTexMapRootWord);
-    WriteTexMapCommon(root, record);
-    if (table->mapped) writeFields(kMappedBlocks, std::size(kMappedBlocks), root, bytes, length, names);
-    writeFields(table->fields, table->fieldCount, root.append_child("SpecificParameters"), bytes, length,
-                names);
+    BuildTexMapWithTable(*table, record, names, doc);
     return true;
 }
 

@@ -16,6 +16,7 @@
 #include <cstdint>
 
 class ITaviNameInterface;
+struct TypeDescriptor;
 
 // Texmap type words by number, 0 to 27, then the null end. Numbers 0 and 16 are the empty word.
 extern const char* const kTexMapTypeWords[];
@@ -51,3 +52,10 @@ bool BuildTexMapDocument(const TexMapRecord* record, ITaviNameInterface* names, 
 // characters, cleared when missing).
 void ReadTexMapCommon(pugi::xml_node root, TexMapRecord* record);
 void WriteTexMapCommon(pugi::xml_node root, const TexMapRecord* record);
+
+// The frame around one given table, which the dispatches above pick by number; also how a table
+// is exercised on its own.
+bool ReadTexMapWithTable(const TypeDescriptor& table, TexMapRecord* record, const char16_t* path,
+                         ITaviNameInterface* names);
+void BuildTexMapWithTable(const TypeDescriptor& table, const TexMapRecord* record, ITaviNameInterface* names,
+                          pugi::xml_document* doc);

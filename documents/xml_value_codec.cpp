@@ -179,7 +179,7 @@ double XmlParseDouble(const char* text) {
     if (result.ec == std::errc::result_out_of_range) {
         value = overflows(digits, result.ptr, hex) ? std::numeric_limits<double>::infinity() : 0.0;
     } else if (result.ec != std::errc()) {
-        value = 0.0;
+        return 0.0; // no number: a sign alone does not make it negative
     }
     return negative ? -value : value;
 }
