@@ -85,6 +85,8 @@ template <class Api> void burst(benchmark::State& state) {
 // Keeps the console output and remembers each run's time per iteration.
 class RatioReporter : public benchmark::ConsoleReporter {
   public:
+    // Plain text: the output is mostly read from logs.
+    RatioReporter() : ConsoleReporter(OO_Tabular) {}
     void ReportRuns(const std::vector<Run>& runs) override {
         ConsoleReporter::ReportRuns(runs);
         for (const Run& run : runs) {
