@@ -32,35 +32,6 @@ void* FileRenderer::destroy(uint32_t flags) {
     return this;
 }
 
-void FileRenderer::releaseRecords() {}
-
-// ---------------------------------------------------------------- names
-
-int32_t* FileRenderer::GetTextureId(int32_t* result, const char16_t*) {
-    *result = -1;
-    return result;
-}
-
-const char16_t* FileRenderer::GetTextureName(int32_t) { return kEmptyText; }
-
-int32_t* FileRenderer::GetTexMapId(int32_t* result, const char16_t*) {
-    *result = -1;
-    return result;
-}
-
-const char16_t* FileRenderer::GetTexMapName(int32_t) { return kEmptyText; }
-
-int32_t* FileRenderer::GetMaterialId(int32_t* result, const char16_t*) {
-    *result = -1;
-    return result;
-}
-
-const char16_t* FileRenderer::GetMaterialName(int32_t) { return kEmptyText; }
-
-uint64_t FileRenderer::GetModelId(const char16_t*) { return 0; }
-
-const char16_t* FileRenderer::GetModelName() { return kEmptyText; }
-
 // ---------------------------------------------------------------- inert callbacks
 // The engine asks these of every client; this one answers that nothing is going on.
 

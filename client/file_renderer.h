@@ -5,7 +5,10 @@
 #include "bridge/render_callback.h"
 #include "bridge/tracer.h"
 #include "client/client_options.h"
+#include "client/name_table.h"
+#include "client/registry_entries.h"
 #include "platform/module.h"
+#include "scene/temp_objects.h"
 
 #include <cstdint>
 #include <string>
@@ -75,7 +78,23 @@ class FileRenderer final : public ITaviNameInterface, public ITaviRenderCallback
     void reportWarning(const char16_t* text, int64_t code) override;
     void reportInfo(const char16_t* text) override;
 
+    // Registries. The lookup-only forms never create and never touch a folder.
+    int32_t findOrCreateTexture(const char16_t* name, bool lookupOnly);
+    int32_t findOrCreateTexMap(const char16_t* name, bool lookupOnly);
+    int32_t findOrCreateMaterial(const char16_t* name, bool lookupOnly);
+
     ClientOptions* options;
+    NameTable textureNames, texmapNames, materialNames, modelNames;
+    NameTable textureIds, texmapIds, materialIds;
+    TextureFileEntry* textureFiles = nullptr;
+    TextureDataEntry* textureData = nullptr;
+    TexMapEntry* texmapRecords = nullptr;
+    MaterialEntry* materialRecords = nullptr;
+    ModelNameRecord* modelRecords = nullptr;
+    int32_t nextTextureId = 0;
+    int32_t nextTexmapId = 0;
+    int32_t nextMaterialId = 0;
+    TempCamera tempCamera;
     platform::ModuleHandle library = nullptr;
     ITaviTracer* tracer = nullptr;
     bool resolving = false;
@@ -88,6 +107,10 @@ class FileRenderer final : public ITaviNameInterface, public ITaviRenderCallback
     std::u16string warningText;
 
   private:
+    TextureEntryHead* findTexture(const char16_t* name) const;
+    TexMapEntry* findTexMap(const char16_t* name) const;
+    MaterialEntry* findMaterial(const char16_t* name) const;
+
     void beginMessageLine();
     void reportMessage(std::u16string& target, const char16_t* text);
     void beginProgressFrame(int32_t stage, double now);

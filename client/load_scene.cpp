@@ -1,7 +1,12 @@
-// The load driver: reads the scene file and hands it to the engine.
+// The load driver: sweeps over the scene file's chunk chain, first to fill the registries,
+// the settings and the render camera, then to hand everything to the engine in the order the
+// engine relies on.
 #include "client/file_renderer.h"
-#include "client/messages.h"
-#include "scene/scene_file_reader.h"
+#include "client/load_messages.h"
+#include "client/scene_load.h"
+#include "scene/scene_readers.h"
+
+#include <memory>
 
 namespace {
 
@@ -38,9 +43,11 @@ int32_t FileRenderer::loadScene() {
     }
     status = StatusOk;
     resolving = false;
-    SceneFileReader reader;
-    SceneStatus sceneStatus = reader.open(options->scenePath.c_str());
-    reportSceneStatus(*this, sceneStatus);
-    reader.close();
+    auto load = std::make_unique<SceneLoad>(*this);
+    SceneStatus sceneStatus = load->reader.open(options->scenePath.c_str());
+    if (sceneStatus == SceneOk) sceneStatus = load->run();
+    if (!load->stopped) reportSceneStatus(*this, sceneStatus);
+    resolving = false;
+    load->reader.close();
     return status;
 }
