@@ -4,6 +4,8 @@
 #include "client/load_messages.h"
 #include "common/hash.h"
 #include "common/wide_format.h"
+#include "documents/camera_document.h"
+#include "documents/settings_document.h"
 #include "scene/scene_readers.h"
 
 #include <cstring>
@@ -152,7 +154,8 @@ SceneStatus SceneLoad::readSceneSettings() {
 }
 
 bool SceneLoad::applySettingsDocument() {
-    if (!renderer.options->settingsFile.empty()) return false;
+    const std::u16string& document = renderer.options->settingsFile;
+    if (!document.empty()) return ApplySettingsDocument(&settings, document.c_str(), &renderer);
     // A look-up there and back: in this state it loads nothing and leaves the registries alone.
     if (settings.StartingVolumetricMaterial != -1) {
         int32_t id;
@@ -214,13 +217,22 @@ SceneStatus SceneLoad::registerCameras() {
         TempCamera camera;
         status = readCamera(reader, camera, offset);
         if (status != SceneOk) return false;
+        bool goOn = true;
         if (camera.cameraRole == 0) {
+            const std::u16string& document = renderer.options->cameraFile;
+            // A document that fails ends the sweep after this camera; its level stops the
+            // transfer right after beginScene.
+            if (!document.empty() && !ApplyCameraDocument(&camera, document.c_str(), &renderer)) {
+                renderer.reportError(messages::kCameraDocumentFailed, 0);
+                raiseLevel(StatusUnusable);
+                goOn = false;
+            }
             // The last camera of role 0 is the one kept for the transfer.
             status = assignCamera(renderer.tempCamera, camera);
         }
         lookUpTexMap(camera.camera.DistortionMap);
         lookUpTexMap(camera.camera.ApertureMap);
-        return true;
+        return goOn;
     });
 }
 
