@@ -65,7 +65,7 @@ SceneStatus readTexMap(SceneFileReader& reader, TexMapRecord& record, uint64_t& 
     if (body.fetch(reader) != SceneOk) return reader.status;
 
     ByteSpan bytes = body.bytes();
-    int32_t type = bytes.i32(0);
+    int32_t type = recordTypeOf(bytes);
     uint32_t image = texMapImageLength(type);
     // An unknown type is reported before the version, and leaves the record as it was.
     if (image == 0) return reader.status = SceneInvalid;
@@ -86,7 +86,7 @@ SceneStatus readMaterial(SceneFileReader& reader, MaterialRecord& record, uint64
     if (body.fetch(reader) != SceneOk) return reader.status;
 
     ByteSpan bytes = body.bytes();
-    int32_t type = bytes.i32(0);
+    int32_t type = recordTypeOf(bytes);
     uint32_t image = materialImageLength(type);
     if (image == 0) return reader.status = SceneInvalid;
     std::memset(&record, 0, sizeof record);

@@ -58,7 +58,7 @@ SceneStatus readCamera(SceneFileReader& reader, TempCamera& camera, uint64_t& of
     {
         ChunkBody body;
         if (body.fetch(reader) != SceneOk) return reader.status;
-        uint32_t image = cameraImageLength(body.bytes().i32(0));
+        uint32_t image = cameraImageLength(recordTypeOf(body.bytes()));
         if (image == 0) return reader.status = SceneInvalid;
         initCameraRecord(camera.camera);
         body.bytes().overlay(&camera.camera, image);

@@ -52,7 +52,7 @@ SceneStatus readLight(SceneFileReader& reader, TempLight& light, uint64_t& offse
     {
         ChunkBody body;
         if (body.fetch(reader) != SceneOk) return reader.status;
-        type = body.bytes().i32(0);
+        type = recordTypeOf(body.bytes());
         uint32_t image = lightImageLength(type);
         if (image == 0) return reader.status = SceneInvalid;
         initLightRecord(light.light);

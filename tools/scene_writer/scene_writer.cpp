@@ -19,7 +19,10 @@ void reserveFor(Bytes& bytes, size_t end) {
     if (bytes.size() < end) bytes.resize(end, 0);
 }
 
-uint64_t bodyStart(const Chunk& chunk) { return std::max<uint64_t>(chunk.headerSize, kChunkHeaderBytes); }
+uint64_t bodyStart(const Chunk& chunk) {
+    uint64_t declared = std::max<uint64_t>(chunk.headerSize, kChunkHeaderBytes);
+    return chunk.bodyGap ? kChunkHeaderBytes + *chunk.bodyGap : declared;
+}
 
 // Size of a zstd frame header, magic number included, from its descriptor byte.
 size_t frameHeaderBytes(const Bytes& frame) {

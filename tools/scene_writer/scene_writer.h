@@ -35,6 +35,8 @@ struct Chunk {
     uint32_t type = 0;
     uint32_t compression = 0;
     uint32_t headerSize = 32;
+    // Bytes between the 32 header bytes and the body; default: what headerSize says.
+    std::optional<uint64_t> bodyGap;
     Bytes stored;                       // the body as it stands in the file
     std::optional<uint64_t> storedSize; // written instead of stored.size()
     std::optional<uint64_t> next;       // written instead of the chain's link

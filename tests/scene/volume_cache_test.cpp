@@ -1,0 +1,190 @@
+// The volumetric material and the volume cache chunk that follows it.
+#include "scene/phx_data.h"
+#include "scene/scene_readers.h"
+#include "tests/scene/scene_test_support.h"
+
+#include <gtest/gtest.h>
+
+using namespace scene_writer;
+
+namespace {
+
+Bytes volumeMaterial(int32_t id, bool cacheFollows) {
+    Bytes body = materialBody(25, id, 0, "smoke" + std::to_string(id));
+    body[kVolumeFlag] = cacheFollows ? 1 : 0;
+    return body;
+}
+
+IPhxCache* cacheOf(const MaterialRecord& record) {
+    IPhxCache* cache;
+    std::memcpy(&cache, reinterpret_cast<const uint8_t*>(&record) + kVolumeCacheOffset, sizeof cache);
+    return cache;
+}
+
+PhxDataSpec gridWithTwoChannels() {
+    PhxDataSpec spec;
+    spec.gridX = 3;
+    spec.gridY = 5;
+    spec.gridZ = 7;
+    for (size_t i = 0; i < 12; ++i) spec.transform[i] = float(i) + 0.5f;
+    spec.channelOffsets[0] = 0;
+    spec.channelOffsets[7] = 16;
+    for (int i = 0; i < 32; ++i) spec.channelData.push_back(static_cast<uint8_t>(i));
+    return spec;
+}
+
+// Material ids read in one pass over the materials.
+std::vector<int32_t> materialIds(SceneFileReader& reader, SceneStatus& last, std::vector<bool>* cached = nullptr) {
+    std::vector<int32_t> ids;
+    uint64_t offset = 0;
+    do {
+        MaterialRecord record;
+        last = readMaterial(reader, record, offset);
+        if (last == SceneOk) {
+            ids.push_back(record.id);
+            if (cached) cached->push_back(cacheOf(record) != nullptr);
+            releaseMaterial(record);
+        }
+    } while (last == SceneOk && offset != 0 && ids.size() < 100);
+    return ids;
+}
+
+TEST(VolumeMaterial, CacheChunkFollowsWhenFlagged) {
+    SceneFile file;
+    file.add(zstdChunk(kMaterial, volumeMaterial(1, true)));
+    file.add(zstdChunk(kPhxData, phxDataBody(gridWithTwoChannels())));
+    file.add(storedChunk(kMaterial, materialBody(2, 2, 0, "after")));
+    OpenScene scene(file.build());
+    uint64_t before = liveBlocks();
+    MaterialRecord record;
+    uint64_t offset = 0;
+    ASSERT_EQ(readMaterial(scene.reader, record, offset), SceneOk);
+    EXPECT_EQ(offset, file.offsetOf(2)) << "the scan goes on behind the cache chunk";
+    IPhxCache* cache = cacheOf(record);
+    ASSERT_NE(cache, nullptr);
+    EXPECT_EQ(liveBlocks(), before + 2) << "the object and the body it took over";
+
+    auto* data = static_cast<TRDF_Load::PhxData*>(cache);
+    uint32_t size[3];
+    cache->GetGridSize(size);
+    EXPECT_EQ(size[0], 3u);
+    EXPECT_EQ(size[1], 5u);
+    EXPECT_EQ(size[2], 7u);
+    float transform[12];
+    cache->GetTransform(transform);
+    for (int i = 0; i < 12; ++i) EXPECT_EQ(transform[i], float(i) + 0.5f);
+    for (int32_t channel = 0; channel < 26; ++channel) {
+        EXPECT_EQ(cache->HasChannel(channel), channel == 0 || channel == 7) << channel;
+    }
+    EXPECT_EQ(cache->GetChannel(0), data->body + 280) << "an offset of 0 is the start of the channel data";
+    EXPECT_EQ(static_cast<uint8_t*>(cache->GetChannel(7))[0], 16);
+    EXPECT_EQ(cache->reserved5(), 0);
+    EXPECT_EQ(cache->reserved6(), 0);
+    EXPECT_EQ(cache->reserved7(), 0);
+    EXPECT_EQ(cache->GetChannel(26), nullptr);
+    EXPECT_EQ(cache->GetChannel(-1), nullptr);
+
+    releaseMaterial(record);
+    EXPECT_EQ(liveBlocks(), before);
+    EXPECT_EQ(cacheOf(record), nullptr);
+}
+
+TEST(VolumeMaterial, WhatTheNextChunkDoes) {
+    struct Case {
+        const char* what;
+        bool flag;
+        uint32_t nextType;
+        uint32_t nextVersion;
+        std::vector<int32_t> idsRead;
+        SceneStatus last;
+        std::vector<bool> cached;
+    };
+    const Case cases[] = {
+        {"flag clear, cache chunk unread", false, kPhxData, 100, {1, 2}, SceneOk, {false, false}},
+        {"flag set, cache chunk read", true, kPhxData, 100, {1, 2}, SceneOk, {true, false}},
+        // The material that stood where the cache should be is lost for this scan.
+        {"flag set, another material next", true, kMaterial, 100, {1, 2}, SceneOk, {false, false}},
+        {"flag set, cache of another version", true, kPhxData, 101, {}, SceneBadVersion, {}},
+    };
+    for (const Case& c : cases) {
+        SceneFile file;
+        file.add(storedChunk(kMaterial, volumeMaterial(1, c.flag)));
+        file.add(storedChunk(c.nextType, c.nextType == kPhxData ? phxDataBody({}) : materialBody(1, 99, 0, "lost"),
+                             c.nextVersion));
+        file.add(storedChunk(kMaterial, materialBody(1, 2, 0, "two")));
+        OpenScene scene(file.build());
+        uint64_t before = liveBlocks();
+        SceneStatus last;
+        std::vector<bool> cached;
+        EXPECT_EQ(materialIds(scene.reader, last, &cached), c.idsRead) << c.what;
+        EXPECT_EQ(last, c.last) << c.what;
+        EXPECT_EQ(cached, c.cached) << c.what;
+        EXPECT_EQ(liveBlocks(), before) << c.what;
+    }
+}
+
+TEST(VolumeMaterial, ChainEndingAfterAFlaggedMaterial) {
+    for (bool atFileSize : {false, true}) {
+        SceneFile file;
+        file.add(storedChunk(kMaterial, materialBody(1, 0, 0, "first")));
+        file.add(storedChunk(kMaterial, volumeMaterial(1, true)));
+        file.endChainAtFileSize = atFileSize;
+        OpenScene scene(file.build());
+        MaterialRecord record;
+        uint64_t offset = 0;
+        ASSERT_EQ(readMaterial(scene.reader, record, offset), SceneOk);
+        // A link of 0 after the volume material ends the chain; it never leads back to the start.
+        EXPECT_EQ(readMaterial(scene.reader, record, offset), SceneEndOfChunks) << atFileSize;
+        EXPECT_EQ(record.id, 1);
+        EXPECT_EQ(cacheOf(record), nullptr);
+    }
+}
+
+TEST(VolumeMaterial, CacheBodiesThatDoNotHoldTheirChannels) {
+    struct Case {
+        const char* what;
+        size_t bodySize;
+        int64_t offset;
+        SceneStatus expected;
+    };
+    const Case cases[] = {
+        {"channel table cut", 200, -1, SceneInvalid},
+        {"offset past the data", 280 + 8, 9, SceneInvalid},
+        {"negative offset", 280 + 8, -2, SceneInvalid},
+        {"offset at the data's end", 280 + 8, 8, SceneOk},
+        {"all absent", 280, -1, SceneOk},
+    };
+    for (const Case& c : cases) {
+        PhxDataSpec spec;
+        spec.channelOffsets[3] = c.offset;
+        Bytes body = phxDataBody(spec);
+        body.resize(c.bodySize, 0);
+        SceneFile file;
+        file.add(storedChunk(kMaterial, volumeMaterial(1, true)));
+        file.add(storedChunk(kPhxData, body));
+        OpenScene scene(file.build());
+        uint64_t before = liveBlocks();
+        MaterialRecord record;
+        uint64_t offset = 0;
+        EXPECT_EQ(readMaterial(scene.reader, record, offset), c.expected) << c.what;
+        EXPECT_EQ(cacheOf(record) != nullptr, c.expected == SceneOk) << c.what;
+        releaseMaterial(record);
+        EXPECT_EQ(liveBlocks(), before) << c.what;
+    }
+}
+
+TEST(VolumeMaterial, ObjectWithoutBodyAnswersWithZeros) {
+    TRDF_Load::PhxData* data = TRDF_Load::PhxData::create(nullptr);
+    ASSERT_NE(data, nullptr);
+    uint32_t size[3] = {9, 9, 9};
+    float transform[12];
+    std::fill(std::begin(transform), std::end(transform), 9.0f);
+    data->GetGridSize(size);
+    data->GetTransform(transform);
+    EXPECT_EQ(size[0] + size[1] + size[2], 0u);
+    for (float value : transform) EXPECT_EQ(value, 0.0f);
+    EXPECT_FALSE(data->HasChannel(0));
+    data->Release();
+}
+
+} // namespace
