@@ -163,7 +163,8 @@ void readField(const FieldDescriptor& field, pugi::xml_node section, uint8_t* re
         readValue<ColorOutput>(at, [&](ColorOutput* v) { ReadColorOutput(parent.child(key), v); });
         break;
     case FieldKind::Custom:
-        if (field.custom && field.custom->read) field.custom->read(parent, field, record, recordSize, names);
+        if (field.custom && field.custom->read)
+            field.custom->read(parent, key, field, record, recordSize, names);
         break;
     }
 }
@@ -280,7 +281,7 @@ void writeField(const FieldDescriptor& field, pugi::xml_node section, const uint
     }
     case FieldKind::Custom:
         if (field.custom && field.custom->write)
-            field.custom->write(parent, field, record, recordSize, names);
+            field.custom->write(parent, key, field, record, recordSize, names);
         break;
     }
 }

@@ -52,13 +52,14 @@ constexpr uint8_t kFieldWriteOnly = 2; // the reader leaves it out
 
 struct FieldDescriptor;
 
-// Hooks of a Custom field. `parent` is the element that holds the field's key (not the key's
-// element), `record` the whole record of `recordSize` bytes; the hook finds its bytes at
-// field.offset and must stay within field.width.
+// Hooks of a Custom field. `parent` is the element that holds the field's key, `key` the last
+// component of the field's key path (the name of the field's own element), `record` the whole
+// record of `recordSize` bytes; the hook finds its bytes at field.offset and must stay within
+// field.width.
 struct CustomField {
-    void (*read)(pugi::xml_node parent, const FieldDescriptor& field, uint8_t* record, size_t recordSize,
-                 ITaviNameInterface* names);
-    void (*write)(pugi::xml_node parent, const FieldDescriptor& field, const uint8_t* record,
+    void (*read)(pugi::xml_node parent, const char* key, const FieldDescriptor& field, uint8_t* record,
+                 size_t recordSize, ITaviNameInterface* names);
+    void (*write)(pugi::xml_node parent, const char* key, const FieldDescriptor& field, const uint8_t* record,
                   size_t recordSize, ITaviNameInterface* names);
 };
 
