@@ -9,7 +9,9 @@
 
 namespace {
 
-uint8_t* bytesOf(MaterialRecord& record) { return reinterpret_cast<uint8_t*>(&record); }
+uint8_t* bytesOf(MaterialRecord& record) {
+    return reinterpret_cast<uint8_t*>(&record);
+}
 
 IPhxCache* volumeCacheOf(MaterialRecord& record) {
     IPhxCache* cache;
@@ -27,7 +29,8 @@ void fixMaterialText(MaterialRecord& record) {
     // Type 24 goes through the volumetric fix-up as well, its name included: the name is
     // then read as narrow text once more, which keeps its first character alone.
     if (record.type == 24) fixRecordText(record.Name, kNameFieldBytes);
-    for (size_t offset : kVolumeTextOffsets) fixRecordText(bytesOf(record) + offset, kNameFieldBytes);
+    for (size_t offset : kVolumeTextOffsets)
+        fixRecordText(bytesOf(record) + offset, kNameFieldBytes);
 }
 
 // The volume cache chunk that directly follows a volumetric material. A different chunk there

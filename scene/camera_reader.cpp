@@ -37,15 +37,20 @@ void fillCameraPath(SceneFileReader& reader, TempCamera& camera, ByteSpan body) 
     camera.path50 = body.u32(kPath50);
     camera.path64 = body.u32(kPath64);
     camera.cameraRole = body.i32(kRole);
-    for (int i = 0; i < 3; ++i) camera.cameraTarget[i] = body.f32(kTarget + 4 * i);
+    for (int i = 0; i < 3; ++i)
+        camera.cameraTarget[i] = body.f32(kTarget + 4 * i);
     camera.cameraTarget[3] = 1.0f;
     ByteSpan file = body.tail(kCameraFile, kNameFieldBytes);
-    if (!convertSceneString(camera.cameraFile, kNameChars, reinterpret_cast<const char*>(file.data), file.size)) {
+    if (!convertSceneString(camera.cameraFile, kNameChars, reinterpret_cast<const char*>(file.data),
+                            file.size)) {
         reader.status = SceneInvalid;
     }
-    buildTrack(reader, body, body.u64(kTrackAOffset), body.u32(kTrackACount), camera.trackA, camera.trackACount);
-    buildTrack(reader, body, body.u64(kTrackBOffset), body.u32(kTrackBCount), camera.trackB, camera.trackBCount);
-    buildTrack(reader, body, body.u64(kTrackCOffset), body.u32(kTrackCCount), camera.trackC, camera.trackCCount);
+    buildTrack(reader, body, body.u64(kTrackAOffset), body.u32(kTrackACount), camera.trackA,
+               camera.trackACount);
+    buildTrack(reader, body, body.u64(kTrackBOffset), body.u32(kTrackBCount), camera.trackB,
+               camera.trackBCount);
+    buildTrack(reader, body, body.u64(kTrackCOffset), body.u32(kTrackCCount), camera.trackC,
+               camera.trackCCount);
 }
 
 } // namespace

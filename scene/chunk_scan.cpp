@@ -27,7 +27,8 @@ SceneStatus ChunkBody::fetch(SceneFileReader& reader) {
     reset();
     // The reader stands right behind the header it has just read.
     uint64_t bodyOffset = reader.filePosition - kChunkHeaderBytes + reader.chunk.headerSize;
-    SceneStatus status = reader.readChunkBody(block, reader.chunk.storedSize, reader.chunk.compression, bodyOffset);
+    SceneStatus status =
+        reader.readChunkBody(block, reader.chunk.storedSize, reader.chunk.compression, bodyOffset);
     size = status == SceneOk ? reader.bodySize : 0;
     return status;
 }

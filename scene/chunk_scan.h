@@ -18,7 +18,9 @@ SceneStatus readFollowingChunk(SceneFileReader& reader, uint64_t& offset);
 
 // The type in the first four bytes of an image record; 0, which no kind uses, when the body
 // is too short to hold one.
-inline int32_t recordTypeOf(ByteSpan body) { return body.holds(0, 4) ? body.i32(0) : 0; }
+inline int32_t recordTypeOf(ByteSpan body) {
+    return body.holds(0, 4) ? body.i32(0) : 0;
+}
 
 // The decoded body of the chunk whose header was read last. Owns the pool block.
 class ChunkBody {

@@ -22,7 +22,8 @@ void fillLightPath(SceneFileReader& reader, TempLight& light, ByteSpan body) {
     light.releaseTrack();
     light.path1C = body.i32(kPath1C);
     light.path20 = body.u32(kPath20);
-    if (!convertName(light.lightName, body, kLightName) || !convertName(light.lightSecondName, body, kLightSecondName)) {
+    if (!convertName(light.lightName, body, kLightName) ||
+        !convertName(light.lightSecondName, body, kLightSecondName)) {
         reader.status = SceneInvalid;
     }
     uint64_t offset = body.u64(kTrackOffset);

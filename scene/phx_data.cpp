@@ -15,7 +15,8 @@ constexpr int64_t kAbsent = -1;
 
 int64_t channelOffset(const void* body, int32_t channel) {
     int64_t value;
-    std::memcpy(&value, static_cast<const uint8_t*>(body) + PhxData::kChannelTableOffset + 8 * channel, sizeof value);
+    std::memcpy(&value, static_cast<const uint8_t*>(body) + PhxData::kChannelTableOffset + 8 * channel,
+                sizeof value);
     return value;
 }
 
@@ -61,7 +62,9 @@ void* PhxData::GetChannel(int32_t channel) {
     return channel >= 0 && channel < kChannelCount ? channels[channel] : nullptr;
 }
 
-bool PhxData::HasChannel(int32_t channel) { return GetChannel(channel) != nullptr; }
+bool PhxData::HasChannel(int32_t channel) {
+    return GetChannel(channel) != nullptr;
+}
 
 void PhxData::GetGridSize(uint32_t* size3) {
     if (!body) {
@@ -79,6 +82,8 @@ void PhxData::GetTransform(float* transform12) {
     std::memcpy(transform12, body + kTransformOffset, 12 * sizeof(float));
 }
 
-void PhxData::Release() { destroy(1); }
+void PhxData::Release() {
+    destroy(1);
+}
 
 } // namespace TRDF_Load

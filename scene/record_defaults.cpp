@@ -38,7 +38,8 @@ void setConstantSpline(SplineSegment* segments, size_t count, float value) {
 }
 
 void switchOffSpline(SplineSegment* segments, size_t count) {
-    for (size_t i = 0; i < count; ++i) segments[i] = SplineSegment{1.0f, 0, 0, 0, 0, 0, 0, 0};
+    for (size_t i = 0; i < count; ++i)
+        segments[i] = SplineSegment{1.0f, 0, 0, 0, 0, 0, 0, 0};
 }
 
 void initCameraRecord(CameraRecord& r) {
@@ -75,7 +76,8 @@ void initLightRecord(LightRecord& r) {
     setConstantSpline(r.spline1416, 4, 1.0f);
     r.texMap = -1;
     r.value1548 = 1.0f;
-    for (float& value : r.values1556) value = 1.0f;
+    for (float& value : r.values1556)
+        value = 1.0f;
     const uint8_t flags[12] = {1, 1, 0, 0, 1, 1, 1, 1, 1, 0, 0, 0};
     std::memcpy(r.flags1604, flags, sizeof flags);
 }

@@ -7,6 +7,8 @@
 #pragma once
 #include "scene/records.h"
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 
 namespace record_images {
@@ -16,25 +18,28 @@ constexpr uint32_t kMaterialTypes = 33; // 1 to 32
 constexpr uint32_t kCameraTypes = 6;    // 1 to 5
 constexpr uint32_t kLightTypes = 10;    // 1 to 9
 
-constexpr uint32_t kTexMapFull = sizeof(TexMapRecord);
-constexpr uint32_t kMaterialFull = sizeof(MaterialRecord);
+// Every texmap type has the full record as its image, for now; type 16 is no texmap type.
+constexpr std::array<uint32_t, kTexMapTypes> texMapImages() {
+    std::array<uint32_t, kTexMapTypes> table{};
+    for (uint32_t type = 1; type < kTexMapTypes; ++type)
+        table[type] = sizeof(TexMapRecord);
+    table[16] = 0;
+    return table;
+}
 
-// Type 16 is no texmap type.
-constexpr uint32_t kTexMapImage[kTexMapTypes] = {
-    0,           kTexMapFull, kTexMapFull, kTexMapFull, kTexMapFull, kTexMapFull, kTexMapFull,
-    kTexMapFull, kTexMapFull, kTexMapFull, kTexMapFull, kTexMapFull, kTexMapFull, kTexMapFull,
-    kTexMapFull, kTexMapFull, 0,           kTexMapFull, kTexMapFull, kTexMapFull, kTexMapFull,
-    kTexMapFull, kTexMapFull, kTexMapFull, kTexMapFull, kTexMapFull, kTexMapFull, kTexMapFull,
-};
+// Every material type has the full record as its image, for now, except the volumetric type,
+// whose image ends where its cache slot begins. Types 9 and 27 have no fields and no image.
+constexpr std::array<uint32_t, kMaterialTypes> materialImages() {
+    std::array<uint32_t, kMaterialTypes> table{};
+    for (uint32_t type = 1; type < kMaterialTypes; ++type)
+        table[type] = sizeof(MaterialRecord);
+    table[9] = table[27] = 0;
+    table[kVolumeMaterialType] = kVolumeCacheOffset;
+    return table;
+}
 
-// Types 9 and 27 have no fields and no image; type 25 ends where its cache slot begins.
-constexpr uint32_t kMaterialImage[kMaterialTypes] = {
-    0,             kMaterialFull, kMaterialFull, kMaterialFull, kMaterialFull, kMaterialFull, kMaterialFull,
-    kMaterialFull, kMaterialFull, 0,             kMaterialFull, kMaterialFull, kMaterialFull, kMaterialFull,
-    kMaterialFull, kMaterialFull, kMaterialFull, kMaterialFull, kMaterialFull, kMaterialFull, kMaterialFull,
-    kMaterialFull, kMaterialFull, kMaterialFull, kMaterialFull, kVolumeCacheOffset, kMaterialFull,
-    0,             kMaterialFull, kMaterialFull, kMaterialFull, kMaterialFull, kMaterialFull,
-};
+constexpr std::array<uint32_t, kTexMapTypes> kTexMapImage = texMapImages();
+constexpr std::array<uint32_t, kMaterialTypes> kMaterialImage = materialImages();
 
 constexpr uint32_t kCameraImage[kCameraTypes] = {0, 1160, 1036, 1028, 1040, 1032};
 
@@ -45,23 +50,38 @@ constexpr uint32_t kLightVersion[kLightTypes] = {0, 101, 101, 100, 100, 100, 101
 // Where each light type keeps its text of 0x300 bytes, 0 for none.
 constexpr uint32_t kLightTextOffset[kLightTypes] = {0, 0x6D4, 0x6D8, 0x760, 0, 0, 0x758, 0, 0xC00, 0};
 
-template <uint32_t N> constexpr uint32_t lookUp(const uint32_t (&table)[N], int32_t type) {
-    return type >= 0 && static_cast<uint32_t>(type) < N ? table[type] : 0;
+template <size_t N> constexpr uint32_t lookUp(const uint32_t (&table)[N], int32_t type) {
+    return type >= 0 && static_cast<size_t>(type) < N ? table[type] : 0;
+}
+template <size_t N> constexpr uint32_t lookUp(const std::array<uint32_t, N>& table, int32_t type) {
+    return type >= 0 && static_cast<size_t>(type) < N ? table[type] : 0;
 }
 
 static_assert(kCameraImage[1] == sizeof(CameraRecord));
 static_assert(kLightImage[8] == sizeof(LightRecord));
-static_assert(kLightTextOffset[8] + 0x300 == kLightImage[8] && kLightTextOffset[1] + 2 * 0x300 == kLightImage[1]);
-static_assert(kLightTextOffset[2] + 2 * 0x300 == kLightImage[2] && kLightTextOffset[3] + 2 * 0x300 == kLightImage[3]);
+static_assert(kLightTextOffset[8] + 0x300 == kLightImage[8] &&
+              kLightTextOffset[1] + 2 * 0x300 == kLightImage[1]);
+static_assert(kLightTextOffset[2] + 2 * 0x300 == kLightImage[2] &&
+              kLightTextOffset[3] + 2 * 0x300 == kLightImage[3]);
 static_assert(kLightTextOffset[6] + 2 * 0x300 == kLightImage[6]);
 
 } // namespace record_images
 
-inline uint32_t texMapImageLength(int32_t type) { return record_images::lookUp(record_images::kTexMapImage, type); }
+inline uint32_t texMapImageLength(int32_t type) {
+    return record_images::lookUp(record_images::kTexMapImage, type);
+}
 inline uint32_t materialImageLength(int32_t type) {
     return record_images::lookUp(record_images::kMaterialImage, type);
 }
-inline uint32_t cameraImageLength(int32_t type) { return record_images::lookUp(record_images::kCameraImage, type); }
-inline uint32_t lightImageLength(int32_t type) { return record_images::lookUp(record_images::kLightImage, type); }
-inline uint32_t lightChunkVersion(int32_t type) { return record_images::lookUp(record_images::kLightVersion, type); }
-inline uint32_t lightTextOffset(int32_t type) { return record_images::lookUp(record_images::kLightTextOffset, type); }
+inline uint32_t cameraImageLength(int32_t type) {
+    return record_images::lookUp(record_images::kCameraImage, type);
+}
+inline uint32_t lightImageLength(int32_t type) {
+    return record_images::lookUp(record_images::kLightImage, type);
+}
+inline uint32_t lightChunkVersion(int32_t type) {
+    return record_images::lookUp(record_images::kLightVersion, type);
+}
+inline uint32_t lightTextOffset(int32_t type) {
+    return record_images::lookUp(record_images::kLightTextOffset, type);
+}

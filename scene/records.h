@@ -152,21 +152,32 @@ struct ToneOperatorRecord {
     char16_t LUTPath[kPathChars];
 };
 static_assert(offsetof(ToneOperatorRecord, WhiteBalanceByKelvin) == 0x0C);
-static_assert(offsetof(ToneOperatorRecord, TintRGB) == 0x1C && offsetof(ToneOperatorRecord, Vignette) == 0x2C);
+static_assert(offsetof(ToneOperatorRecord, TintRGB) == 0x1C &&
+              offsetof(ToneOperatorRecord, Vignette) == 0x2C);
 static_assert(offsetof(ToneOperatorRecord, HighlightCompress) == 0x34);
-static_assert(offsetof(ToneOperatorRecord, PrimaryGain) == 0x3C && offsetof(ToneOperatorRecord, CausticGain) == 0x44);
-static_assert(offsetof(ToneOperatorRecord, GlowThreshold) == 0x4C && offsetof(ToneOperatorRecord, GlowScale) == 0x54);
-static_assert(offsetof(ToneOperatorRecord, GlareThreshold) == 0x60 && offsetof(ToneOperatorRecord, GlareScale) == 0x68);
-static_assert(offsetof(ToneOperatorRecord, GlareFromCamera) == 0x74 && offsetof(ToneOperatorRecord, GlareNrays) == 0x78);
-static_assert(offsetof(ToneOperatorRecord, OperatorType) == 0x80 && offsetof(ToneOperatorRecord, ReinhardFactor) == 0x84);
+static_assert(offsetof(ToneOperatorRecord, PrimaryGain) == 0x3C &&
+              offsetof(ToneOperatorRecord, CausticGain) == 0x44);
+static_assert(offsetof(ToneOperatorRecord, GlowThreshold) == 0x4C &&
+              offsetof(ToneOperatorRecord, GlowScale) == 0x54);
+static_assert(offsetof(ToneOperatorRecord, GlareThreshold) == 0x60 &&
+              offsetof(ToneOperatorRecord, GlareScale) == 0x68);
+static_assert(offsetof(ToneOperatorRecord, GlareFromCamera) == 0x74 &&
+              offsetof(ToneOperatorRecord, GlareNrays) == 0x78);
+static_assert(offsetof(ToneOperatorRecord, OperatorType) == 0x80 &&
+              offsetof(ToneOperatorRecord, ReinhardFactor) == 0x84);
 static_assert(offsetof(ToneOperatorRecord, Filmic_toeLength) == 0x8C);
 static_assert(offsetof(ToneOperatorRecord, Filmic_shoulderLength) == 0x94);
-static_assert(offsetof(ToneOperatorRecord, Filmic_gamma) == 0x9C && offsetof(ToneOperatorRecord, Saturation) == 0xA4);
-static_assert(offsetof(ToneOperatorRecord, Gamma) == 0xAC && offsetof(ToneOperatorRecord, ContrastPivot) == 0xB8);
-static_assert(offsetof(ToneOperatorRecord, CurveSplineR) == 0xC0 && offsetof(ToneOperatorRecord, CurveSplineG) == 0x544);
-static_assert(offsetof(ToneOperatorRecord, CurveSplineB) == 0x9C8 && offsetof(ToneOperatorRecord, ApplyLUT) == 0xE4C);
+static_assert(offsetof(ToneOperatorRecord, Filmic_gamma) == 0x9C &&
+              offsetof(ToneOperatorRecord, Saturation) == 0xA4);
+static_assert(offsetof(ToneOperatorRecord, Gamma) == 0xAC &&
+              offsetof(ToneOperatorRecord, ContrastPivot) == 0xB8);
+static_assert(offsetof(ToneOperatorRecord, CurveSplineR) == 0xC0 &&
+              offsetof(ToneOperatorRecord, CurveSplineG) == 0x544);
+static_assert(offsetof(ToneOperatorRecord, CurveSplineB) == 0x9C8 &&
+              offsetof(ToneOperatorRecord, ApplyLUT) == 0xE4C);
 static_assert(offsetof(ToneOperatorRecord, SharpenAmount) == 0xE54);
-static_assert(offsetof(ToneOperatorRecord, SharpenRadius) == 0xE58 && offsetof(ToneOperatorRecord, LUTPath) == 0xE60);
+static_assert(offsetof(ToneOperatorRecord, SharpenRadius) == 0xE58 &&
+              offsetof(ToneOperatorRecord, LUTPath) == 0xE60);
 static_assert(sizeof(ToneOperatorRecord) == 0x1160);
 
 // One extra output channel.
@@ -294,71 +305,104 @@ struct SettingsRecord {
     uint32_t flag8BA0; // no document key; the loader clears it
     int32_t reserved8BA4;
     uint8_t reserved8BA8[12];
-    char16_t Path[kPathChars];  // AOV output folder
-    char16_t Name[kNameChars];  // AOV output name
+    char16_t Path[kPathChars]; // AOV output folder
+    char16_t Name[kNameChars]; // AOV output name
     char16_t TexturePath[kPathChars];
     char16_t CachePath[kPathChars];
     char16_t reserved9534[kPathChars];
     uint8_t reserved9834[0x10];
     int32_t StartingVolumetricMaterial;
 };
-static_assert(offsetof(SettingsRecord, MaxIterations) == 0x8 && offsetof(SettingsRecord, RaysPerPixel) == 0x10);
-static_assert(offsetof(SettingsRecord, NumEmitterSamples) == 0x18 && offsetof(SettingsRecord, EnableCaustics) == 0x34);
-static_assert(offsetof(SettingsRecord, reserved38) == 0x38 && offsetof(SettingsRecord, UseTimeAdaptation) == 0x40);
+static_assert(offsetof(SettingsRecord, MaxIterations) == 0x8 &&
+              offsetof(SettingsRecord, RaysPerPixel) == 0x10);
+static_assert(offsetof(SettingsRecord, NumEmitterSamples) == 0x18 &&
+              offsetof(SettingsRecord, EnableCaustics) == 0x34);
+static_assert(offsetof(SettingsRecord, reserved38) == 0x38 &&
+              offsetof(SettingsRecord, UseTimeAdaptation) == 0x40);
 static_assert(offsetof(SettingsRecord, UseImageNoiseAdaptation) == 0x48);
 static_assert(offsetof(SettingsRecord, EmitterAdaptationGB) == 0x54);
-static_assert(offsetof(SettingsRecord, PathAdaptationVolume) == 0x5C && offsetof(SettingsRecord, reserved60) == 0x60);
+static_assert(offsetof(SettingsRecord, PathAdaptationVolume) == 0x5C &&
+              offsetof(SettingsRecord, reserved60) == 0x60);
 static_assert(offsetof(SettingsRecord, NumberAdaptationPhases) == 0x64);
 static_assert(offsetof(SettingsRecord, PathAdaptationGB) == 0x68);
-static_assert(offsetof(SettingsRecord, PathAdaptationVolumeGB) == 0x6C && offsetof(SettingsRecord, reserved74) == 0x74);
-static_assert(offsetof(SettingsRecord, SpreadAA) == 0x80 && offsetof(SettingsRecord, ReconstructionFilter) == 0x88);
+static_assert(offsetof(SettingsRecord, PathAdaptationVolumeGB) == 0x6C &&
+              offsetof(SettingsRecord, reserved74) == 0x74);
+static_assert(offsetof(SettingsRecord, SpreadAA) == 0x80 &&
+              offsetof(SettingsRecord, ReconstructionFilter) == 0x88);
 static_assert(offsetof(SettingsRecord, reserved94) == 0x94 && offsetof(SettingsRecord, AddChaos) == 0x9C);
-static_assert(offsetof(SettingsRecord, LockSamplingPattern) == 0xA4 && offsetof(SettingsRecord, NoiseFilterType) == 0xA8);
+static_assert(offsetof(SettingsRecord, LockSamplingPattern) == 0xA4 &&
+              offsetof(SettingsRecord, NoiseFilterType) == 0xA8);
 static_assert(offsetof(SettingsRecord, ClampIndirectSpecular) == 0xBC);
 static_assert(offsetof(SettingsRecord, MinWavelenght) == 0xC0 && offsetof(SettingsRecord, RGBtoXYZ) == 0xC8);
-static_assert(offsetof(SettingsRecord, MaxTextureChannels) == 0xCC && offsetof(SettingsRecord, TextureChannels) == 0xD0);
-static_assert(offsetof(SettingsRecord, XYZtoRGB) == 0x8D0 && offsetof(SettingsRecord, SpectrumTable) == 0x8D4);
+static_assert(offsetof(SettingsRecord, MaxTextureChannels) == 0xCC &&
+              offsetof(SettingsRecord, TextureChannels) == 0xD0);
+static_assert(offsetof(SettingsRecord, XYZtoRGB) == 0x8D0 &&
+              offsetof(SettingsRecord, SpectrumTable) == 0x8D4);
 static_assert(offsetof(SettingsRecord, Integrator) == 0x28C4 && offsetof(SettingsRecord, MaxDepth) == 0x28C8);
-static_assert(offsetof(SettingsRecord, MaxDepthSDS) == 0x28D8 && offsetof(SettingsRecord, CausticUseParticles) == 0x28E0);
+static_assert(offsetof(SettingsRecord, MaxDepthSDS) == 0x28D8 &&
+              offsetof(SettingsRecord, CausticUseParticles) == 0x28E0);
 static_assert(offsetof(SettingsRecord, CausticMaxSpecularsTotal) == 0x28E4);
 static_assert(offsetof(SettingsRecord, CausticMinSpecularsTotal) == 0x28F0);
-static_assert(offsetof(SettingsRecord, CausticMinSpecularsT) == 0x28F8 && offsetof(SettingsRecord, CausticMaxGI) == 0x28FC);
-static_assert(offsetof(SettingsRecord, CausticRate) == 0x2904 && offsetof(SettingsRecord, CausticRateInd) == 0x290C);
+static_assert(offsetof(SettingsRecord, CausticMinSpecularsT) == 0x28F8 &&
+              offsetof(SettingsRecord, CausticMaxGI) == 0x28FC);
+static_assert(offsetof(SettingsRecord, CausticRate) == 0x2904 &&
+              offsetof(SettingsRecord, CausticRateInd) == 0x290C);
 static_assert(offsetof(SettingsRecord, IndirectlyVisibleCaustics) == 0x2910);
-static_assert(offsetof(SettingsRecord, DetectPureRT) == 0x291C && offsetof(SettingsRecord, LowLightThreshold) == 0x2920);
+static_assert(offsetof(SettingsRecord, DetectPureRT) == 0x291C &&
+              offsetof(SettingsRecord, LowLightThreshold) == 0x2920);
 static_assert(offsetof(SettingsRecord, PreciseRayTriangleIntersection) == 0x2928);
-static_assert(offsetof(SettingsRecord, BspType) == 0x292C && offsetof(SettingsRecord, UseFakedShadows) == 0x2934);
+static_assert(offsetof(SettingsRecord, BspType) == 0x292C &&
+              offsetof(SettingsRecord, UseFakedShadows) == 0x2934);
 static_assert(offsetof(SettingsRecord, EnvironmentWeight) == 0x2938);
 static_assert(offsetof(SettingsRecord, StartingMediumDependsOnPixel) == 0x2944);
 static_assert(offsetof(SettingsRecord, DeformationIntervals) == 0x2948);
 static_assert(offsetof(SettingsRecord, BoundingEstimationSubsampling) == 0x2950);
-static_assert(offsetof(SettingsRecord, EnlargeBoundingBox) == 0x2954 && offsetof(SettingsRecord, reserved2958) == 0x2958);
+static_assert(offsetof(SettingsRecord, EnlargeBoundingBox) == 0x2954 &&
+              offsetof(SettingsRecord, reserved2958) == 0x2958);
 static_assert(offsetof(SettingsRecord, SubdivisonVisiblePixels) == 0x295C);
 static_assert(offsetof(SettingsRecord, MetricToSceneUnitsFactor) == 0x2968);
-static_assert(offsetof(SettingsRecord, FrameNumber) == 0x296C && offsetof(SettingsRecord, FramesPerSecond) == 0x2970);
-static_assert(offsetof(SettingsRecord, LinearizeTextures) == 0x2974 && offsetof(SettingsRecord, TextureFilter) == 0x2978);
+static_assert(offsetof(SettingsRecord, FrameNumber) == 0x296C &&
+              offsetof(SettingsRecord, FramesPerSecond) == 0x2970);
+static_assert(offsetof(SettingsRecord, LinearizeTextures) == 0x2974 &&
+              offsetof(SettingsRecord, TextureFilter) == 0x2978);
 static_assert(offsetof(SettingsRecord, FastMipmapGenerationIfLargerThan) == 0x2980);
-static_assert(offsetof(SettingsRecord, MipmapFilter) == 0x2984 && offsetof(SettingsRecord, TextureGamma) == 0x2988);
-static_assert(offsetof(SettingsRecord, AnisotropyLevel) == 0x2990 && offsetof(SettingsRecord, reserved29B4) == 0x29B4);
+static_assert(offsetof(SettingsRecord, MipmapFilter) == 0x2984 &&
+              offsetof(SettingsRecord, TextureGamma) == 0x2988);
+static_assert(offsetof(SettingsRecord, AnisotropyLevel) == 0x2990 &&
+              offsetof(SettingsRecord, reserved29B4) == 0x29B4);
 static_assert(offsetof(SettingsRecord, SaveAOV) == 0x29B8 && offsetof(SettingsRecord, NumChannels) == 0x29BC);
-static_assert(offsetof(SettingsRecord, ChannelShare) == 0x29C0 && offsetof(SettingsRecord, CropOutput) == 0x29CC);
-static_assert(offsetof(SettingsRecord, Channels) == 0x29D0 && offsetof(SettingsRecord, ToneOperator) == 0x7050);
+static_assert(offsetof(SettingsRecord, ChannelShare) == 0x29C0 &&
+              offsetof(SettingsRecord, CropOutput) == 0x29CC);
+static_assert(offsetof(SettingsRecord, Channels) == 0x29D0 &&
+              offsetof(SettingsRecord, ToneOperator) == 0x7050);
 static_assert(offsetof(SettingsRecord, ToneOperator) + offsetof(ToneOperatorRecord, OperatorType) == 0x70D0);
 static_assert(offsetof(SettingsRecord, ToneOperator) + offsetof(ToneOperatorRecord, LUTPath) == 0x7EB0);
-static_assert(offsetof(SettingsRecord, ImageSizeX) == 0x84B0 && offsetof(SettingsRecord, RegionSizeY) == 0x84C4);
-static_assert(offsetof(SettingsRecord, OutputPath) == 0x84C8 && offsetof(SettingsRecord, OutputName) == 0x87C8);
-static_assert(offsetof(SettingsRecord, HTXSavePath) == 0x8848 && offsetof(SettingsRecord, SaveJPEG) == 0x8B48);
-static_assert(offsetof(SettingsRecord, SaveEXR) == 0x8B50 && offsetof(SettingsRecord, reserved8B5C) == 0x8B5C);
-static_assert(offsetof(SettingsRecord, reserved8B60) == 0x8B60 && offsetof(SettingsRecord, MaxThreads) == 0x8B64);
-static_assert(offsetof(SettingsRecord, LowPriority) == 0x8B68 && offsetof(SettingsRecord, NotCheckMaxThreads) == 0x8B6C);
-static_assert(offsetof(SettingsRecord, NoAffinityMask) == 0x8B70 && offsetof(SettingsRecord, AffinityShift) == 0x8B74);
+static_assert(offsetof(SettingsRecord, ImageSizeX) == 0x84B0 &&
+              offsetof(SettingsRecord, RegionSizeY) == 0x84C4);
+static_assert(offsetof(SettingsRecord, OutputPath) == 0x84C8 &&
+              offsetof(SettingsRecord, OutputName) == 0x87C8);
+static_assert(offsetof(SettingsRecord, HTXSavePath) == 0x8848 &&
+              offsetof(SettingsRecord, SaveJPEG) == 0x8B48);
+static_assert(offsetof(SettingsRecord, SaveEXR) == 0x8B50 &&
+              offsetof(SettingsRecord, reserved8B5C) == 0x8B5C);
+static_assert(offsetof(SettingsRecord, reserved8B60) == 0x8B60 &&
+              offsetof(SettingsRecord, MaxThreads) == 0x8B64);
+static_assert(offsetof(SettingsRecord, LowPriority) == 0x8B68 &&
+              offsetof(SettingsRecord, NotCheckMaxThreads) == 0x8B6C);
+static_assert(offsetof(SettingsRecord, NoAffinityMask) == 0x8B70 &&
+              offsetof(SettingsRecord, AffinityShift) == 0x8B74);
 static_assert(offsetof(SettingsRecord, LinearizeAtRendering) == 0x8B78);
-static_assert(offsetof(SettingsRecord, TextureCacheSize) == 0x8B7C && offsetof(SettingsRecord, DataCacheSize) == 0x8B80);
-static_assert(offsetof(SettingsRecord, PagedTextureMode) == 0x8B84 && offsetof(SettingsRecord, flag8B88) == 0x8B88);
-static_assert(offsetof(SettingsRecord, NoCacheClear) == 0x8B90 && offsetof(SettingsRecord, flag8B98) == 0x8B98);
-static_assert(offsetof(SettingsRecord, flag8BA0) == 0x8BA0 && offsetof(SettingsRecord, reserved8BA4) == 0x8BA4);
+static_assert(offsetof(SettingsRecord, TextureCacheSize) == 0x8B7C &&
+              offsetof(SettingsRecord, DataCacheSize) == 0x8B80);
+static_assert(offsetof(SettingsRecord, PagedTextureMode) == 0x8B84 &&
+              offsetof(SettingsRecord, flag8B88) == 0x8B88);
+static_assert(offsetof(SettingsRecord, NoCacheClear) == 0x8B90 &&
+              offsetof(SettingsRecord, flag8B98) == 0x8B98);
+static_assert(offsetof(SettingsRecord, flag8BA0) == 0x8BA0 &&
+              offsetof(SettingsRecord, reserved8BA4) == 0x8BA4);
 static_assert(offsetof(SettingsRecord, Path) == 0x8BB4 && offsetof(SettingsRecord, Name) == 0x8EB4);
-static_assert(offsetof(SettingsRecord, TexturePath) == 0x8F34 && offsetof(SettingsRecord, CachePath) == 0x9234);
+static_assert(offsetof(SettingsRecord, TexturePath) == 0x8F34 &&
+              offsetof(SettingsRecord, CachePath) == 0x9234);
 static_assert(offsetof(SettingsRecord, reserved9534) == 0x9534);
 static_assert(offsetof(SettingsRecord, StartingVolumetricMaterial) == 0x9844);
 static_assert(sizeof(SettingsRecord) == 0x9848);
@@ -454,4 +498,5 @@ static_assert(sizeof(TrackKey) == 64);
 
 constexpr size_t kTrackKeyFileBytes = 36;
 // Byte offset in memory of each 32-bit word of a key in the file, in file order.
-constexpr size_t kTrackKeyMemoryOffsets[kTrackKeyFileBytes / 4] = {0, 4, 0x10, 0x14, 0x18, 0x1C, 0x20, 0x24, 8};
+constexpr size_t kTrackKeyMemoryOffsets[kTrackKeyFileBytes / 4] = {0,    4,    0x10, 0x14, 0x18,
+                                                                   0x1C, 0x20, 0x24, 8};

@@ -24,6 +24,7 @@ SceneStatus SceneFileReader::open(const char16_t* path) {
     status = SceneOk;
     bodySize = 0;
     linksThisPass = 0;
+    seekCount = bodyReadCount = decodeAttempts = 0;
 
     fileHandle = platform::openForReading(path);
     if (fileHandle == platform::kNoFile) return status = SceneIoError;

@@ -27,7 +27,8 @@ bool convertSceneString(char16_t* dest, size_t capacity, const char* source, siz
     size_t limit = kSourceBytesPerCharacter * capacity - 1;
     size_t length = boundedLength(source, sourceBytes < limit ? sourceBytes : limit);
     if (length + 1 > capacity) return false;
-    for (size_t i = 0; i < length; ++i) dest[i] = static_cast<unsigned char>(source[i]);
+    for (size_t i = 0; i < length; ++i)
+        dest[i] = static_cast<unsigned char>(source[i]);
     dest[length] = 0;
     return true;
 }
@@ -39,7 +40,8 @@ void fixRecordText(void* field, size_t fieldBytes) {
     size_t length = boundedLength(text, limit);
     bool converted = length + 1 < kRecordTextMax;
     if (converted) {
-        for (size_t i = 0; i < length; ++i) wide[i] = static_cast<unsigned char>(text[i]);
+        for (size_t i = 0; i < length; ++i)
+            wide[i] = static_cast<unsigned char>(text[i]);
     }
     std::memset(field, 0, fieldBytes);
     if (converted) std::memcpy(field, wide, fieldBytes < sizeof wide ? fieldBytes : sizeof wide);

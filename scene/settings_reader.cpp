@@ -82,7 +82,8 @@ void initQualityAndSampling(SettingsRecord& s) {
     s.MaxWavelenght = 830.0f;
     s.RGBtoXYZ = 3;
     s.MaxTextureChannels = 3;
-    for (auto& channel : s.TextureChannels) setConstantSpline(channel, 8, 0.0f);
+    for (auto& channel : s.TextureChannels)
+        setConstantSpline(channel, 8, 0.0f);
 }
 
 void initTracingAndTextures(SettingsRecord& s) {
@@ -161,7 +162,8 @@ void initSettings(SettingsRecord& record) {
     std::memset(&record, 0, sizeof record);
     initQualityAndSampling(record);
     initTracingAndTextures(record);
-    for (AovChannel& channel : record.Channels) initAovChannel(channel);
+    for (AovChannel& channel : record.Channels)
+        initAovChannel(channel);
     initToneOperator(record.ToneOperator);
     initOutputAndSystem(record);
 }

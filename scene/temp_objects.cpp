@@ -16,7 +16,9 @@ TempCamera::TempCamera() : TempCameraFields{} {
     initCameraRecord(camera);
 }
 
-TempCamera::~TempCamera() { releaseTracks(); }
+TempCamera::~TempCamera() {
+    releaseTracks();
+}
 
 void TempCamera::releaseTracks() {
     freeTrack(trackA);
@@ -26,7 +28,9 @@ void TempCamera::releaseTracks() {
     trackACount = trackBCount = trackCCount = 0;
 }
 
-void TempCamera::Release() { destroy(1); }
+void TempCamera::Release() {
+    destroy(1);
+}
 
 void* TempCamera::destroy(uint32_t flags) {
     this->~TempCamera();
@@ -76,7 +80,9 @@ TempLight::TempLight() : TempLightFields{} {
     initLightRecord(light);
 }
 
-TempLight::~TempLight() { releaseTrack(); }
+TempLight::~TempLight() {
+    releaseTrack();
+}
 
 void TempLight::releaseTrack() {
     freeTrack(track);
@@ -84,7 +90,9 @@ void TempLight::releaseTrack() {
     trackCount = 0;
 }
 
-void TempLight::Release() { destroy(1); }
+void TempLight::Release() {
+    destroy(1);
+}
 
 void* TempLight::destroy(uint32_t flags) {
     this->~TempLight();

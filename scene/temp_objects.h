@@ -12,7 +12,9 @@
 #include <cstdint>
 
 constexpr size_t kTablePointerBytes = sizeof(void*);
-constexpr size_t objectOffset(size_t fieldOffset) { return kTablePointerBytes + fieldOffset; }
+constexpr size_t objectOffset(size_t fieldOffset) {
+    return kTablePointerBytes + fieldOffset;
+}
 
 // ---- Camera ------------------------------------------------------------------------------------
 

@@ -18,20 +18,34 @@ constexpr uint64_t kDataParamC = 28, kDataPixelType = 32, kDataPixelOffset = 36,
 // Bytes per pixel by pixel type; any other type has none.
 int32_t bytesPerPixel(int32_t pixelType) {
     switch (pixelType) {
-    case 4: return 1;
-    case 5: case 6: return 2;
-    case 0: case 7: return 4;
-    case 1: case 2: case 8: return 8;
-    case 3: case 9: case 10: return 16;
-    case 11: return 32;
-    default: return 0;
+    case 4:
+        return 1;
+    case 5:
+    case 6:
+        return 2;
+    case 0:
+    case 7:
+        return 4;
+    case 1:
+    case 2:
+    case 8:
+        return 8;
+    case 3:
+    case 9:
+    case 10:
+        return 16;
+    case 11:
+        return 32;
+    default:
+        return 0;
     }
 }
 
 // The pixel byte count is the product in 32-bit signed arithmetic, widened with its sign,
 // so that an overflow wraps the way that arithmetic does.
 uint64_t pixelBytes(int32_t width, int32_t height, int32_t perPixel) {
-    uint32_t product = static_cast<uint32_t>(width) * static_cast<uint32_t>(height) * static_cast<uint32_t>(perPixel);
+    uint32_t product =
+        static_cast<uint32_t>(width) * static_cast<uint32_t>(height) * static_cast<uint32_t>(perPixel);
     return static_cast<uint64_t>(static_cast<int64_t>(static_cast<int32_t>(product)));
 }
 

@@ -9,7 +9,8 @@ namespace {
 constexpr size_t kCountBlockBytes = 16;
 
 uint64_t* countBlockOf(const TrackKey* track) {
-    return reinterpret_cast<uint64_t*>(reinterpret_cast<uint8_t*>(const_cast<TrackKey*>(track)) - kCountBlockBytes);
+    return reinterpret_cast<uint64_t*>(reinterpret_cast<uint8_t*>(const_cast<TrackKey*>(track)) -
+                                       kCountBlockBytes);
 }
 
 size_t saturatingTrackBytes(uint64_t count) {
@@ -32,7 +33,8 @@ TrackKey* allocateTrack(uint64_t count) {
     if (!block) return nullptr;
     std::memcpy(block, &count, sizeof count);
     TrackKey* track = reinterpret_cast<TrackKey*>(static_cast<uint8_t*>(block) + kCountBlockBytes);
-    for (uint64_t i = 0; i < count; ++i) constructTrackKey(track[i]);
+    for (uint64_t i = 0; i < count; ++i)
+        constructTrackKey(track[i]);
     return track;
 }
 
@@ -40,7 +42,9 @@ void freeTrack(TrackKey* track) {
     if (track) poolFree(poolInstance(), countBlockOf(track));
 }
 
-uint64_t trackLength(const TrackKey* track) { return track ? *countBlockOf(track) : 0; }
+uint64_t trackLength(const TrackKey* track) {
+    return track ? *countBlockOf(track) : 0;
+}
 
 void decodeTrackKeys(TrackKey* track, ByteSpan source, uint64_t offset, uint64_t count) {
     for (uint64_t i = 0; i < count; ++i) {

@@ -29,10 +29,9 @@ TEST(TexMapRecord, TypesAndVersions) {
         SceneStatus expected;
     };
     const Case cases[] = {
-        {1, 100, SceneOk},          {27, 100, SceneOk},         {15, 100, SceneOk},
-        {17, 100, SceneOk},         {16, 100, SceneInvalid},    {0, 100, SceneInvalid},
-        {28, 100, SceneInvalid},    {-1, 100, SceneInvalid},    {16, 99, SceneInvalid},
-        {0, 101, SceneInvalid},     {1, 99, SceneBadVersion},   {27, 101, SceneBadVersion},
+        {1, 100, SceneOk},       {27, 100, SceneOk},     {15, 100, SceneOk},       {17, 100, SceneOk},
+        {16, 100, SceneInvalid}, {0, 100, SceneInvalid}, {28, 100, SceneInvalid},  {-1, 100, SceneInvalid},
+        {16, 99, SceneInvalid},  {0, 101, SceneInvalid}, {1, 99, SceneBadVersion}, {27, 101, SceneBadVersion},
     };
     for (const Case& c : cases) {
         OpenScene scene(sceneOf({storedChunk(kTexMap, texMapBody(c.type, 5, "map"), c.version)}));
@@ -52,7 +51,8 @@ TEST(TexMapRecord, TypesAndVersions) {
 
 TEST(TexMapRecord, ImageIsCopiedByteForByte) {
     Bytes body = texMapBody(3, 12, "image");
-    for (size_t i = 0x88; i < body.size(); ++i) body[i] = static_cast<uint8_t>(i * 13);
+    for (size_t i = 0x88; i < body.size(); ++i)
+        body[i] = static_cast<uint8_t>(i * 13);
     body.resize(body.size() + 64, 0xAB); // bytes past the image are not part of the record
     OpenScene scene(sceneOf({zstdChunk(kTexMap, body)}));
     TexMapRecord record;
@@ -63,7 +63,8 @@ TEST(TexMapRecord, ImageIsCopiedByteForByte) {
 
 TEST(TexMapRecord, ShortBodyIsCopiedAsFarAsItGoes) {
     Bytes body = texMapBody(3, 12, "short", 0x100);
-    for (size_t i = 0x88; i < body.size(); ++i) body[i] = 0xC3;
+    for (size_t i = 0x88; i < body.size(); ++i)
+        body[i] = 0xC3;
     OpenScene scene(sceneOf({storedChunk(kTexMap, body)}));
     TexMapRecord record = filledWith<TexMapRecord>(0x77);
     uint64_t offset = 0;
@@ -96,9 +97,9 @@ TEST(MaterialRecord, TypesAndVersions) {
         SceneStatus expected;
     };
     const Case cases[] = {
-        {1, 100, SceneOk},       {8, 100, SceneOk},          {10, 100, SceneOk},      {26, 100, SceneOk},
-        {28, 100, SceneOk},      {32, 100, SceneOk},         {9, 100, SceneInvalid},  {27, 100, SceneInvalid},
-        {0, 100, SceneInvalid},  {33, 100, SceneInvalid},    {9, 99, SceneInvalid},   {1, 101, SceneBadVersion},
+        {1, 100, SceneOk},         {8, 100, SceneOk},       {10, 100, SceneOk},     {26, 100, SceneOk},
+        {28, 100, SceneOk},        {32, 100, SceneOk},      {9, 100, SceneInvalid}, {27, 100, SceneInvalid},
+        {0, 100, SceneInvalid},    {33, 100, SceneInvalid}, {9, 99, SceneInvalid},  {1, 101, SceneBadVersion},
         {25, 99, SceneBadVersion},
     };
     for (const Case& c : cases) {
@@ -124,10 +125,12 @@ TEST(MaterialRecord, VolumeTextsAreFixedUpForTypes24And25Only) {
         bool textsConverted;
     };
     // Type 24 converts its name twice, which leaves the first character alone.
-    const Case cases[] = {{24, u"S", true}, {25, u"Smoke", true}, {23, u"Smoke", false}, {26, u"Smoke", false}};
+    const Case cases[] = {
+        {24, u"S", true}, {25, u"Smoke", true}, {23, u"Smoke", false}, {26, u"Smoke", false}};
     for (const Case& c : cases) {
         Bytes body = materialBody(c.type, 0, 0, "Smoke");
-        for (size_t i = 0; i < 9; ++i) putText(body, kVolumeTexts[i], kNameField, "text" + std::to_string(i));
+        for (size_t i = 0; i < 9; ++i)
+            putText(body, kVolumeTexts[i], kNameField, "text" + std::to_string(i));
         OpenScene scene(sceneOf({storedChunk(kMaterial, body)}));
         MaterialRecord record;
         uint64_t offset = 0;
@@ -139,7 +142,8 @@ TEST(MaterialRecord, VolumeTextsAreFixedUpForTypes24And25Only) {
             if (c.textsConverted) {
                 EXPECT_EQ(std::u16string(reinterpret_cast<const char16_t*>(field)), expected) << c.type;
             } else {
-                EXPECT_EQ(std::string(reinterpret_cast<const char*>(field)), "text" + std::to_string(i)) << c.type;
+                EXPECT_EQ(std::string(reinterpret_cast<const char*>(field)), "text" + std::to_string(i))
+                    << c.type;
             }
         }
     }
@@ -177,7 +181,8 @@ TEST(MaterialRecord, ImageLengthsByType) {
 
 TEST(MaterialRecord, TheVolumeCacheSlotIsNotFileData) {
     Bytes body = materialBody(25, 0, 0, "vol", kMaterialImage);
-    for (size_t i = 0x1960; i < body.size(); ++i) body[i] = 0xFF;
+    for (size_t i = 0x1960; i < body.size(); ++i)
+        body[i] = 0xFF;
     OpenScene scene(sceneOf({storedChunk(kMaterial, body)}));
     MaterialRecord record;
     uint64_t offset = 0;

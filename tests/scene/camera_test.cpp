@@ -14,7 +14,8 @@ namespace {
 
 FileKey key(uint32_t first) {
     FileKey k;
-    for (uint32_t i = 0; i < 9; ++i) k[i] = first + i;
+    for (uint32_t i = 0; i < 9; ++i)
+        k[i] = first + i;
     return k;
 }
 
@@ -23,8 +24,10 @@ const size_t kExpectedWord[9] = {0, 1, 4, 5, 6, 7, 8, 9, 2};
 
 void expectKey(const TrackKey& actual, uint32_t first) {
     uint32_t expected[16] = {};
-    for (size_t i = 0; i < 9; ++i) expected[kExpectedWord[i]] = first + i;
-    for (size_t w = 0; w < 16; ++w) EXPECT_EQ(actual.words[w], expected[w]) << "word " << w;
+    for (size_t i = 0; i < 9; ++i)
+        expected[kExpectedWord[i]] = first + i;
+    for (size_t w = 0; w < 16; ++w)
+        EXPECT_EQ(actual.words[w], expected[w]) << "word " << w;
 }
 
 size_t offsetIn(const void* object, const void* field) {
@@ -53,9 +56,11 @@ TEST(TempCameraObject, Defaults) {
         size_t offset;
         float value;
     };
-    const FloatAt floats[] = {{4, 1.0f},   {8, 1.0f},   {152, 1.0f}, {416, 1.0f}, {556, 1.0f}, {588, -6500.0f},
-                              {592, 1.0f}, {596, 1.0f}, {600, 1.0f}, {616, 1.0f}, {140, 0.0f}, {604, 0.0f}};
-    for (const FloatAt& f : floats) EXPECT_EQ(floatAt(r, f.offset), f.value) << f.offset;
+    const FloatAt floats[] = {{4, 1.0f},   {8, 1.0f},       {152, 1.0f}, {416, 1.0f},
+                              {556, 1.0f}, {588, -6500.0f}, {592, 1.0f}, {596, 1.0f},
+                              {600, 1.0f}, {616, 1.0f},     {140, 0.0f}, {604, 0.0f}};
+    for (const FloatAt& f : floats)
+        EXPECT_EQ(floatAt(r, f.offset), f.value) << f.offset;
     EXPECT_EQ(wordAt(r, 420), 0xFFFFFFFFu);
     EXPECT_EQ(wordAt(r, 584), 0xFFFFFFFFu);
     // Constant splines: the first segment spans everything, the rest are off.
@@ -70,10 +75,12 @@ TEST(TempCameraObject, Defaults) {
         EXPECT_EQ(wordAt(r, s.offset + 4), 0xF2FC6F7Cu) << s.offset;
         EXPECT_EQ(wordAt(r, s.offset + 8), 0x7149F2CAu) << s.offset;
         EXPECT_EQ(wordAt(r, s.offset + 12), 0x7149F2CAu) << s.offset;
-        for (int v = 0; v < 4; ++v) EXPECT_EQ(floatAt(r, s.offset + 16 + 4 * v), s.value) << s.offset;
+        for (int v = 0; v < 4; ++v)
+            EXPECT_EQ(floatAt(r, s.offset + 16 + 4 * v), s.value) << s.offset;
         for (int seg = 1; seg < s.segments; ++seg) {
             EXPECT_EQ(floatAt(r, s.offset + 32 * seg), 1.0f) << s.offset;
-            for (int w = 1; w < 8; ++w) EXPECT_EQ(wordAt(r, s.offset + 32 * seg + 4 * w), 0u) << s.offset;
+            for (int w = 1; w < 8; ++w)
+                EXPECT_EQ(wordAt(r, s.offset + 32 * seg + 4 * w), 0u) << s.offset;
         }
     }
 }
@@ -86,7 +93,8 @@ TEST(TrackKeys, MadeKeysAndTheFileMapping) {
     EXPECT_EQ(made.words[14], floatBits(1.0f));
 
     Bytes file;
-    for (uint32_t i = 0; i < 9; ++i) put32(file, 4 + 4 * i, 100 + i); // four bytes of lead-in
+    for (uint32_t i = 0; i < 9; ++i)
+        put32(file, 4 + 4 * i, 100 + i); // four bytes of lead-in
     TrackKey* track = allocateTrack(1);
     ASSERT_NE(track, nullptr);
     EXPECT_EQ(trackLength(track), 1u);
@@ -175,7 +183,11 @@ TEST(ReadCamera, Failures) {
         {"type 6", [](SceneFile& f) { f[0].stored = cameraBody(6, 1160); }, SceneInvalid},
         {"camera version", [](SceneFile& f) { f[0].version = 101; }, SceneBadVersion},
         {"path version", [](SceneFile& f) { f[1].version = 99; }, SceneBadVersion},
-        {"another chunk instead of the path", [](SceneFile& f) { f.chain = {0, 2, 1}; }, SceneInvalid},
+        {"another chunk instead of the path",
+         [](SceneFile& f) {
+             f.chain = {0, 2, 1};
+         },
+         SceneInvalid},
         {"chain ends after the camera (0)", [](SceneFile& f) { f.chain = {0}; }, SceneEndOfChunks},
         {"chain ends after the camera (file size)",
          [](SceneFile& f) {
@@ -229,7 +241,8 @@ TEST(ReadCamera, ImageLengthsByType) {
     for (int32_t type = 1; type <= 5; ++type) {
         // Bytes past the type's image are not part of the record.
         Bytes body = cameraBody(type, 1160);
-        for (size_t i = 764; i < body.size(); ++i) body[i] = i < lengths[type] ? 0x11 : 0xAB;
+        for (size_t i = 764; i < body.size(); ++i)
+            body[i] = i < lengths[type] ? 0x11 : 0xAB;
         SceneFile file;
         file.add(storedChunk(kCamera, body));
         file.add(storedChunk(kCameraPath, cameraPathBody({})));

@@ -13,7 +13,8 @@ namespace {
 
 SceneFile threeTexMaps() {
     SceneFile file;
-    for (int id = 0; id < 3; ++id) file.add(storedChunk(kTexMap, texMapBody(1, id, "map" + std::to_string(id))));
+    for (int id = 0; id < 3; ++id)
+        file.add(storedChunk(kTexMap, texMapBody(1, id, "map" + std::to_string(id))));
     return file;
 }
 
@@ -244,10 +245,12 @@ TEST(SceneBody, OffsetsAndSizesBeyondTheFile) {
              f[2].bodyGap = 0;
          },
          nullptr, SceneInvalid},
-        {"stored size past the end", [](SceneFile& f, uint64_t) { f[2].storedSize = f[2].stored.size() + 1; }, nullptr,
+        {"stored size past the end", [](SceneFile& f, uint64_t) { f[2].storedSize = f[2].stored.size() + 1; },
+         nullptr, SceneIoError},
+        {"stored size absurd", [](SceneFile& f, uint64_t) { f[2].storedSize = UINT64_MAX; }, nullptr,
          SceneIoError},
-        {"stored size absurd", [](SceneFile& f, uint64_t) { f[2].storedSize = UINT64_MAX; }, nullptr, SceneIoError},
-        {"file cut inside a body", [](SceneFile&, uint64_t) {}, [](Bytes& b) { b.resize(b.size() - 5); }, SceneIoError},
+        {"file cut inside a body", [](SceneFile&, uint64_t) {}, [](Bytes& b) { b.resize(b.size() - 5); },
+         SceneIoError},
     };
     for (const Case& c : cases) {
         SceneFile file = threeTexMaps();
@@ -265,7 +268,8 @@ TEST(SceneBody, OffsetsAndSizesBeyondTheFile) {
 
 TEST(SceneBody, EveryCompressionButOneIsStoredData) {
     Bytes body;
-    for (int i = 0; i < 300; ++i) body.push_back(static_cast<uint8_t>(i * 7));
+    for (int i = 0; i < 300; ++i)
+        body.push_back(static_cast<uint8_t>(i * 7));
     for (uint32_t compression : {0u, 2u, 7u, 0xFFFFFFFFu}) {
         OpenScene scene(sceneOf({storedChunk(99, body, 100, compression)}));
         uint64_t offset = 0;
@@ -274,14 +278,16 @@ TEST(SceneBody, EveryCompressionButOneIsStoredData) {
         EXPECT_EQ(scene.reader.readChunkBody(out, body.size(), scene.reader.chunk.compression, 68), SceneOk);
         ASSERT_NE(out, nullptr);
         EXPECT_EQ(scene.reader.bodySize, body.size());
-        EXPECT_EQ(Bytes(static_cast<uint8_t*>(out), static_cast<uint8_t*>(out) + body.size()), body) << compression;
+        EXPECT_EQ(Bytes(static_cast<uint8_t*>(out), static_cast<uint8_t*>(out) + body.size()), body)
+            << compression;
         poolFree(poolInstance(), out);
     }
 }
 
 TEST(SceneBody, LongBodiesAreReadInSlices) {
     Bytes body;
-    for (int i = 0; i < 100; ++i) body.push_back(static_cast<uint8_t>(i));
+    for (int i = 0; i < 100; ++i)
+        body.push_back(static_cast<uint8_t>(i));
     OpenScene scene(sceneOf({storedChunk(99, body)}));
     scene.reader.maxReadSlice = 7;
     uint64_t offset = 0;

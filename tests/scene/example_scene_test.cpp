@@ -31,38 +31,56 @@ TEST(ExampleScene, EveryRecordReads) {
         } while (status == SceneOk && at != 0);
         EXPECT_TRUE(status == SceneOk || status == SceneEndOfChunks) << status;
     };
-    count([&](uint64_t& at) { TextureFileRecord r; return readTextureFile(reader, r, at); }, textures);
-    count([&](uint64_t& at) {
-        TextureDataRecord r;
-        SceneStatus status = readTextureData(reader, r, at);
-        if (status == SceneOk) releaseTextureData(r);
-        return status;
-    }, textures);
-    count([&](uint64_t& at) { TexMapRecord r; return readTexMap(reader, r, at); }, texMaps);
-    count([&](uint64_t& at) {
-        MaterialRecord r;
-        SceneStatus status = readMaterial(reader, r, at);
-        releaseMaterial(r);
-        return status;
-    }, materials);
-    count([&](uint64_t& at) {
-        TempCamera camera;
-        SceneStatus status = readCamera(reader, camera, at);
-        if (status == SceneOk) {
-            EXPECT_EQ(camera.cameraRole, 0);
-            EXPECT_EQ(camera.camera.type, 1);
-            EXPECT_EQ(camera.trackACount, 1u);
-        }
-        return status;
-    }, cameras);
-    count([&](uint64_t& at) {
-        TempLight light;
-        SceneStatus status = readLight(reader, light, at);
-        if (status == SceneOk) {
-            EXPECT_EQ(std::u16string(light.lightName), u"sun");
-        }
-        return status;
-    }, lights);
+    count(
+        [&](uint64_t& at) {
+            TextureFileRecord r;
+            return readTextureFile(reader, r, at);
+        },
+        textures);
+    count(
+        [&](uint64_t& at) {
+            TextureDataRecord r;
+            SceneStatus status = readTextureData(reader, r, at);
+            if (status == SceneOk) releaseTextureData(r);
+            return status;
+        },
+        textures);
+    count(
+        [&](uint64_t& at) {
+            TexMapRecord r;
+            return readTexMap(reader, r, at);
+        },
+        texMaps);
+    count(
+        [&](uint64_t& at) {
+            MaterialRecord r;
+            SceneStatus status = readMaterial(reader, r, at);
+            releaseMaterial(r);
+            return status;
+        },
+        materials);
+    count(
+        [&](uint64_t& at) {
+            TempCamera camera;
+            SceneStatus status = readCamera(reader, camera, at);
+            if (status == SceneOk) {
+                EXPECT_EQ(camera.cameraRole, 0);
+                EXPECT_EQ(camera.camera.type, 1);
+                EXPECT_EQ(camera.trackACount, 1u);
+            }
+            return status;
+        },
+        cameras);
+    count(
+        [&](uint64_t& at) {
+            TempLight light;
+            SceneStatus status = readLight(reader, light, at);
+            if (status == SceneOk) {
+                EXPECT_EQ(std::u16string(light.lightName), u"sun");
+            }
+            return status;
+        },
+        lights);
     EXPECT_EQ(textures, 2);
     EXPECT_EQ(texMaps, 2);
     EXPECT_EQ(materials, 2);

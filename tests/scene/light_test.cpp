@@ -34,15 +34,16 @@ TEST(TempLightObject, LayoutAndDefaults) {
     EXPECT_EQ(wordAt(r, 1544), 0xFFFFFFFFu);
     EXPECT_EQ(floatAt(r, 1548), 1.0f);
     EXPECT_EQ(floatAt(r, 1552), 0.0f);
-    for (size_t at = 1556; at < 1600; at += 4) EXPECT_EQ(floatAt(r, at), 1.0f) << at;
+    for (size_t at = 1556; at < 1600; at += 4)
+        EXPECT_EQ(floatAt(r, at), 1.0f) << at;
     const uint8_t flags[12] = {1, 1, 0, 0, 1, 1, 1, 1, 1, 0, 0, 0};
     EXPECT_EQ(std::memcmp(reinterpret_cast<const uint8_t*>(&r) + 1604, flags, 12), 0);
     struct SplineAt {
         size_t offset;
         uint32_t valueBits;
     };
-    const SplineAt splines[] = {{8, floatBits(1.0f)},    {776, floatBits(6500.0f)}, {904, floatBits(1.0f)},
-                                {1160, 0x40490FDB},      {1288, 0x40490FDB},        {1416, floatBits(1.0f)}};
+    const SplineAt splines[] = {{8, floatBits(1.0f)}, {776, floatBits(6500.0f)}, {904, floatBits(1.0f)},
+                                {1160, 0x40490FDB},   {1288, 0x40490FDB},        {1416, floatBits(1.0f)}};
     for (const SplineAt& s : splines) {
         EXPECT_EQ(wordAt(r, s.offset), 0xF149F2CAu) << s.offset;
         EXPECT_EQ(wordAt(r, s.offset + 28), s.valueBits) << s.offset;
@@ -56,9 +57,9 @@ TEST(TempLightObject, LayoutAndDefaults) {
     for (size_t block : {136u, 456u}) {
         for (int seg = 0; seg < 4; ++seg) {
             size_t s = block + 80 * seg;
-            EXPECT_EQ(floatAt(r, s + 8), -1.0f) << s;  // t1 triple
-            EXPECT_EQ(floatAt(r, s + 28), 1.0f) << s;  // t2 triple
-            EXPECT_EQ(floatAt(r, s + 32), 1.0f) << s;  // colours
+            EXPECT_EQ(floatAt(r, s + 8), -1.0f) << s; // t1 triple
+            EXPECT_EQ(floatAt(r, s + 28), 1.0f) << s; // t2 triple
+            EXPECT_EQ(floatAt(r, s + 32), 1.0f) << s; // colours
             EXPECT_EQ(floatAt(r, s + 76), 1.0f) << s;
         }
     }
@@ -71,11 +72,12 @@ TEST(ReadLight, VersionsByType) {
         SceneStatus expected;
     };
     const Case cases[] = {
-        {1, 101, SceneOk},         {2, 101, SceneOk},         {6, 101, SceneOk},         {3, 100, SceneOk},
-        {4, 100, SceneOk},         {5, 100, SceneOk},         {8, 100, SceneOk},         {9, 100, SceneOk},
-        {1, 100, SceneBadVersion}, {2, 100, SceneBadVersion}, {6, 100, SceneBadVersion}, {3, 101, SceneBadVersion},
-        {9, 101, SceneBadVersion}, {7, 100, SceneInvalid},    {7, 0, SceneInvalid},      {0, 100, SceneInvalid},
-        {10, 100, SceneInvalid},
+        {1, 101, SceneOk},         {2, 101, SceneOk},         {6, 101, SceneOk},
+        {3, 100, SceneOk},         {4, 100, SceneOk},         {5, 100, SceneOk},
+        {8, 100, SceneOk},         {9, 100, SceneOk},         {1, 100, SceneBadVersion},
+        {2, 100, SceneBadVersion}, {6, 100, SceneBadVersion}, {3, 101, SceneBadVersion},
+        {9, 101, SceneBadVersion}, {7, 100, SceneInvalid},    {7, 0, SceneInvalid},
+        {0, 100, SceneInvalid},    {10, 100, SceneInvalid},
     };
     for (const Case& c : cases) {
         OpenScene scene(lightScene(c.type, c.version));
@@ -94,8 +96,11 @@ TEST(ReadLight, OneTextPerTypeIsWidened) {
         size_t text;       // converted in place
         size_t secondText; // left as the file has it, 0 for none
     };
-    const Case cases[] = {{1, 0x6D4, 0x6D4 + 0x300}, {2, 0x6D8, 0x6D8 + 0x300}, {3, 0x760, 0x760 + 0x300},
-                          {6, 0x758, 0x758 + 0x300}, {8, 0xC00, 0}};
+    const Case cases[] = {{1, 0x6D4, 0x6D4 + 0x300},
+                          {2, 0x6D8, 0x6D8 + 0x300},
+                          {3, 0x760, 0x760 + 0x300},
+                          {6, 0x758, 0x758 + 0x300},
+                          {8, 0xC00, 0}};
     for (const Case& c : cases) {
         SceneFile file;
         Bytes body = lightBody(c.type);
@@ -108,7 +113,8 @@ TEST(ReadLight, OneTextPerTypeIsWidened) {
         uint64_t offset = 0;
         ASSERT_EQ(readLight(scene.reader, light, offset), SceneOk) << c.type;
         const uint8_t* record = reinterpret_cast<const uint8_t*>(&light.light);
-        EXPECT_EQ(std::u16string(reinterpret_cast<const char16_t*>(record + c.text)), u"ies/profile.ies") << c.type;
+        EXPECT_EQ(std::u16string(reinterpret_cast<const char16_t*>(record + c.text)), u"ies/profile.ies")
+            << c.type;
         if (c.secondText) {
             EXPECT_EQ(std::string(reinterpret_cast<const char*>(record + c.secondText)), "narrow") << c.type;
         }
@@ -119,7 +125,8 @@ TEST(ReadLight, ImageEndsWhereTheTypeSays) {
     for (int32_t type : {1, 2, 3, 4, 5, 6, 8, 9}) {
         size_t length = lightImageBytes(type);
         Bytes body = lightBody(type, 0xF00);
-        for (size_t i = 1616; i < body.size(); ++i) body[i] = i < length ? 0x22 : 0xAB;
+        for (size_t i = 1616; i < body.size(); ++i)
+            body[i] = i < length ? 0x22 : 0xAB;
         // The converted text is left empty; the pattern stays everywhere else in the image.
         const size_t convertedText[10] = {0, 0x6D4, 0x6D8, 0x760, 0, 0, 0x758, 0, 0xC00, 0};
         if (size_t text = convertedText[type]) std::fill(body.begin() + text, body.begin() + text + 0x300, 0);
@@ -162,7 +169,8 @@ TEST(ReadLight, PathBodyFillsTheObject) {
         ASSERT_EQ(light.trackCount, 1u);
         EXPECT_EQ(trackLength(light.track), 1u);
         const uint32_t expected[16] = {1, 2, 9, 0, 3, 4, 5, 6, 7, 8, 0, 0, 0, 0, 0, 0};
-        for (int w = 0; w < 16; ++w) EXPECT_EQ(light.track[0].words[w], expected[w]) << w;
+        for (int w = 0; w < 16; ++w)
+            EXPECT_EQ(light.track[0].words[w], expected[w]) << w;
         EXPECT_EQ(liveBlocks(), before + 1);
     }
     EXPECT_EQ(liveBlocks(), before);
@@ -175,7 +183,11 @@ TEST(ReadLight, PathFailures) {
         SceneStatus expected;
     };
     const Case cases[] = {
-        {"no path behind the light", [](SceneFile& f) { f.chain = {0, 2}; }, SceneInvalid},
+        {"no path behind the light",
+         [](SceneFile& f) {
+             f.chain = {0, 2};
+         },
+         SceneInvalid},
         {"chain ends after the light", [](SceneFile& f) { f.chain = {0}; }, SceneEndOfChunks},
         {"path version", [](SceneFile& f) { f[1].version = 101; }, SceneBadVersion},
         {"name of 64 characters",

@@ -35,7 +35,9 @@ SceneOnDisk::~SceneOnDisk() {
     std::filesystem::remove(path_, ignored);
 }
 
-uint64_t liveBlocks() { return poolLiveBlocks(poolInstance()); }
+uint64_t liveBlocks() {
+    return poolLiveBlocks(poolInstance());
+}
 
 uint32_t floatBits(float value) {
     uint32_t bits;
@@ -45,18 +47,21 @@ uint32_t floatBits(float value) {
 
 std::u16string wide(const std::string& text) {
     std::u16string result;
-    for (unsigned char c : text) result.push_back(c);
+    for (unsigned char c : text)
+        result.push_back(c);
     return result;
 }
 
 std::u16string wideField(const char16_t* field, size_t capacity) {
     std::u16string result;
-    for (size_t i = 0; i < capacity && field[i]; ++i) result.push_back(field[i]);
+    for (size_t i = 0; i < capacity && field[i]; ++i)
+        result.push_back(field[i]);
     return result;
 }
 
 Bytes sceneOf(std::initializer_list<scene_writer::Chunk> chunks) {
     scene_writer::SceneFile file;
-    for (const auto& chunk : chunks) file.add(chunk);
+    for (const auto& chunk : chunks)
+        file.add(chunk);
     return file.build();
 }

@@ -50,9 +50,9 @@ TEST(SceneText, NullArgumentsAndTheFieldsEnd) {
 }
 
 struct FixCase {
-    std::string text;     // stored narrow at the start of the field
+    std::string text; // stored narrow at the start of the field
     size_t fieldBytes;
-    std::u16string wide;  // what the field holds afterwards, up to its end
+    std::u16string wide; // what the field holds afterwards, up to its end
     bool terminated;
 };
 
@@ -81,7 +81,8 @@ TEST(SceneText, FixRecordTextConvertsInPlace) {
         if (c.terminated) {
             EXPECT_EQ(text[c.wide.size()], 0) << c.text.size();
         }
-        for (size_t i = c.fieldBytes; i < field.size(); ++i) ASSERT_EQ(field[i], 0x5A) << "wrote past the field";
+        for (size_t i = c.fieldBytes; i < field.size(); ++i)
+            ASSERT_EQ(field[i], 0x5A) << "wrote past the field";
     }
 }
 
@@ -92,11 +93,9 @@ TEST(SceneText, TextureNamesOf63And64Characters) {
         SceneStatus expected;
     };
     const Case cases[] = {
-        {std::string(63, 'n'), "p", SceneOk},
-        {std::string(64, 'n'), "p", SceneInvalid},
+        {std::string(63, 'n'), "p", SceneOk},       {std::string(64, 'n'), "p", SceneInvalid},
         {std::string(128, 'n'), "p", SceneInvalid}, // no terminator in the field at all
-        {"n", std::string(383, 'p'), SceneOk},
-        {"n", std::string(384, 'p'), SceneInvalid},
+        {"n", std::string(383, 'p'), SceneOk},      {"n", std::string(384, 'p'), SceneInvalid},
     };
     for (const Case& c : cases) {
         TextureFileSpec spec;
@@ -106,7 +105,8 @@ TEST(SceneText, TextureNamesOf63And64Characters) {
         OpenScene scene(sceneOf({storedChunk(kTextureFile, textureFileBody(spec))}));
         TextureFileRecord record;
         uint64_t offset = 0;
-        EXPECT_EQ(readTextureFile(scene.reader, record, offset), c.expected) << c.name.size() << " " << c.path.size();
+        EXPECT_EQ(readTextureFile(scene.reader, record, offset), c.expected)
+            << c.name.size() << " " << c.path.size();
         if (c.expected == SceneOk) {
             EXPECT_EQ(wideField(record.name, kNameChars), wide(c.name));
             EXPECT_EQ(wideField(record.path, kPathChars), wide(c.path));

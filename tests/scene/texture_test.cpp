@@ -55,15 +55,16 @@ struct PixelCase {
 };
 
 TEST(TextureData, PixelSizesByType) {
-    const PixelCase cases[] = {{0, 4},  {7, 4},  {1, 8},  {2, 8},  {8, 8},  {3, 16},  {9, 16},  {10, 16},
-                               {4, 1},  {5, 2},  {6, 2},  {11, 32}, {12, 0}, {-1, 0}, {1000, 0}};
+    const PixelCase cases[] = {{0, 4}, {7, 4}, {1, 8}, {2, 8},   {8, 8},  {3, 16}, {9, 16},  {10, 16},
+                               {4, 1}, {5, 2}, {6, 2}, {11, 32}, {12, 0}, {-1, 0}, {1000, 0}};
     for (const PixelCase& c : cases) {
         TextureDataSpec spec;
         spec.width = 3;
         spec.height = 2;
         spec.pixelType = c.pixelType;
         spec.id = 9;
-        for (uint32_t i = 0; i < 6 * c.bytesPerPixel; ++i) spec.pixels.push_back(static_cast<uint8_t>(i + 1));
+        for (uint32_t i = 0; i < 6 * c.bytesPerPixel; ++i)
+            spec.pixels.push_back(static_cast<uint8_t>(i + 1));
         spec.pixels.push_back(0xEE); // a byte past the pixels, which must not be taken
         OpenScene scene(sceneOf({zstdChunk(kTextureData, textureDataBody(spec))}));
         TextureDataRecord record;

@@ -26,15 +26,18 @@ PhxDataSpec gridWithTwoChannels() {
     spec.gridX = 3;
     spec.gridY = 5;
     spec.gridZ = 7;
-    for (size_t i = 0; i < 12; ++i) spec.transform[i] = float(i) + 0.5f;
+    for (size_t i = 0; i < 12; ++i)
+        spec.transform[i] = float(i) + 0.5f;
     spec.channelOffsets[0] = 0;
     spec.channelOffsets[7] = 16;
-    for (int i = 0; i < 32; ++i) spec.channelData.push_back(static_cast<uint8_t>(i));
+    for (int i = 0; i < 32; ++i)
+        spec.channelData.push_back(static_cast<uint8_t>(i));
     return spec;
 }
 
 // Material ids read in one pass over the materials.
-std::vector<int32_t> materialIds(SceneFileReader& reader, SceneStatus& last, std::vector<bool>* cached = nullptr) {
+std::vector<int32_t> materialIds(SceneFileReader& reader, SceneStatus& last,
+                                 std::vector<bool>* cached = nullptr) {
     std::vector<int32_t> ids;
     uint64_t offset = 0;
     do {
@@ -72,7 +75,8 @@ TEST(VolumeMaterial, CacheChunkFollowsWhenFlagged) {
     EXPECT_EQ(size[2], 7u);
     float transform[12];
     cache->GetTransform(transform);
-    for (int i = 0; i < 12; ++i) EXPECT_EQ(transform[i], float(i) + 0.5f);
+    for (int i = 0; i < 12; ++i)
+        EXPECT_EQ(transform[i], float(i) + 0.5f);
     for (int32_t channel = 0; channel < 26; ++channel) {
         EXPECT_EQ(cache->HasChannel(channel), channel == 0 || channel == 7) << channel;
     }
@@ -109,7 +113,8 @@ TEST(VolumeMaterial, WhatTheNextChunkDoes) {
     for (const Case& c : cases) {
         SceneFile file;
         file.add(storedChunk(kMaterial, volumeMaterial(1, c.flag)));
-        file.add(storedChunk(c.nextType, c.nextType == kPhxData ? phxDataBody({}) : materialBody(1, 99, 0, "lost"),
+        file.add(storedChunk(c.nextType,
+                             c.nextType == kPhxData ? phxDataBody({}) : materialBody(1, 99, 0, "lost"),
                              c.nextVersion));
         file.add(storedChunk(kMaterial, materialBody(1, 2, 0, "two")));
         OpenScene scene(file.build());
@@ -182,7 +187,8 @@ TEST(VolumeMaterial, ObjectWithoutBodyAnswersWithZeros) {
     data->GetGridSize(size);
     data->GetTransform(transform);
     EXPECT_EQ(size[0] + size[1] + size[2], 0u);
-    for (float value : transform) EXPECT_EQ(value, 0.0f);
+    for (float value : transform)
+        EXPECT_EQ(value, 0.0f);
     EXPECT_FALSE(data->HasChannel(0));
     data->Release();
 }

@@ -1,5 +1,6 @@
 // Chunk bodies that are zstd frames.
 #include "memory/pool.h"
+#include "memory/pool_internals.h"
 #include "tests/scene/scene_test_support.h"
 
 #include <gtest/gtest.h>
@@ -105,12 +106,33 @@ TEST(ZstdBody, ContentSizeTheBodyCannotHoldIsNeverAllocated) {
     Bytes stored = zstdFrame(pattern(50, 7));
     ASSERT_EQ(stored[4] & 0xE7, 0x20) << "expected a single segment with a one-byte content size";
     Bytes forged = {0x28, 0xB5, 0x2F, 0xFD, 0xE0}; // single segment, 8-byte content size
-    for (int i = 0; i < 8; ++i) forged.push_back(i == 5 ? 0x01 : 0x00);
+    for (int i = 0; i < 8; ++i)
+        forged.push_back(i == 5 ? 0x01 : 0x00);
     forged.insert(forged.end(), stored.begin() + 6, stored.end());
     ASSERT_EQ(ZSTD_getFrameContentSize(forged.data(), forged.size()), 1ull << 40);
     BodyResult result = readFrame(forged);
     EXPECT_EQ(result.status, SceneOutOfMemory);
     EXPECT_EQ(result.attempts, 0u);
+}
+
+TEST(ZstdBody, WorkingBufferThatCannotBeHadIsOutOfMemory) {
+    // 64 MiB of zeros compress to a few kilobytes; the pool must map fresh pages for the
+    // working buffer, and that request is made to fail.
+    Bytes stored = zstdFrame(Bytes(64u << 20, 0));
+    Chunk chunk = storedChunk(99, stored, 100, 1);
+    OpenScene scene(sceneOf({chunk}));
+    uint64_t offset = 0;
+    ASSERT_EQ(scene.reader.nextChunk(offset), SceneOk);
+    void* out = nullptr;
+    uint64_t before = liveBlocks();
+    poolFailNextPageRequests(1);
+    SceneStatus status = scene.reader.readChunkBody(out, stored.size(), 1, 68);
+    poolFailNextPageRequests(0);
+    EXPECT_EQ(status, SceneOutOfMemory);
+    EXPECT_EQ(scene.reader.decodeAttempts, 0u);
+    EXPECT_NE(out, nullptr) << "the compressed block stays with the caller";
+    poolFree(poolInstance(), out);
+    EXPECT_EQ(liveBlocks(), before);
 }
 
 } // namespace

@@ -8,7 +8,8 @@ namespace {
 
 void putTrack(Bytes& body, uint64_t offset, const std::vector<FileKey>& keys) {
     for (size_t k = 0; k < keys.size(); ++k) {
-        for (size_t w = 0; w < keys[k].size(); ++w) put32(body, offset + 36 * k + 4 * w, keys[k][w]);
+        for (size_t w = 0; w < keys[k].size(); ++w)
+            put32(body, offset + 36 * k + 4 * w, keys[k][w]);
     }
 }
 
@@ -74,7 +75,8 @@ Bytes phxDataBody(const PhxDataSpec& spec) {
     put32(body, 4, spec.gridX);
     put32(body, 8, spec.gridY);
     put32(body, 12, spec.gridZ);
-    for (size_t i = 0; i < spec.transform.size(); ++i) putF32(body, 16 + 4 * i, spec.transform[i]);
+    for (size_t i = 0; i < spec.transform.size(); ++i)
+        putF32(body, 16 + 4 * i, spec.transform[i]);
     for (size_t i = 0; i < spec.channelOffsets.size(); ++i) {
         put64(body, 72 + 8 * i, static_cast<uint64_t>(spec.channelOffsets[i]));
     }
@@ -107,7 +109,9 @@ size_t lightImageBytes(int32_t type) {
     return type >= 0 && type < 10 ? lengths[type] : 0;
 }
 
-uint32_t lightVersion(int32_t type) { return type == 1 || type == 2 || type == 6 ? 101 : 100; }
+uint32_t lightVersion(int32_t type) {
+    return type == 1 || type == 2 || type == 6 ? 101 : 100;
+}
 
 Bytes cameraBody(int32_t type, size_t size) {
     return zeroImage(type, size ? size : std::max<size_t>(cameraImageBytes(type), 764));
@@ -134,7 +138,8 @@ Bytes cameraPathBody(const CameraPathSpec& spec) {
     put32(body, 48, spec.word48);
     put32(body, 52, spec.word52);
     put32(body, 56, static_cast<uint32_t>(spec.role));
-    for (int i = 0; i < 3; ++i) putF32(body, 60 + 4 * i, spec.target[i]);
+    for (int i = 0; i < 3; ++i)
+        putF32(body, 60 + 4 * i, spec.target[i]);
     putText(body, 72, kNameField, spec.cameraFile);
     return body;
 }

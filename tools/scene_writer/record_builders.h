@@ -4,8 +4,8 @@
 #include "tools/scene_writer/scene_writer.h"
 
 #include <array>
-#include <optional>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -46,8 +46,8 @@ struct TextureDataSpec {
     int32_t id = 0;
     int32_t pixelType = 0;
     std::string name = "pixels";
-    Bytes pixels;                         // placed at pixelOffset
-    std::optional<uint64_t> pixelOffset;  // default: right behind the name field
+    Bytes pixels;                        // placed at pixelOffset
+    std::optional<uint64_t> pixelOffset; // default: right behind the name field
 };
 constexpr uint64_t kTextureDataHeaderBytes = 44 + kNameField;
 Bytes textureDataBody(const TextureDataSpec& spec);

@@ -30,14 +30,16 @@ size_t frameHeaderBytes(const Bytes& frame) {
     bool singleSegment = (descriptor >> 5) & 1;
     const size_t dictionaryBytes[4] = {0, 1, 2, 4};
     const size_t contentSizeBytes[4] = {singleSegment ? size_t(1) : size_t(0), 2, 4, 8};
-    return 4 + 1 + (singleSegment ? 0 : 1) + dictionaryBytes[descriptor & 3] + contentSizeBytes[descriptor >> 6];
+    return 4 + 1 + (singleSegment ? 0 : 1) + dictionaryBytes[descriptor & 3] +
+           contentSizeBytes[descriptor >> 6];
 }
 
 } // namespace
 
 void put32(Bytes& bytes, size_t offset, uint32_t value) {
     reserveFor(bytes, offset + 4);
-    for (int i = 0; i < 4; ++i) bytes[offset + i] = static_cast<uint8_t>(value >> (8 * i));
+    for (int i = 0; i < 4; ++i)
+        bytes[offset + i] = static_cast<uint8_t>(value >> (8 * i));
 }
 
 void put64(Bytes& bytes, size_t offset, uint64_t value) {
@@ -58,7 +60,9 @@ void putText(Bytes& bytes, size_t offset, size_t fieldBytes, const std::string& 
     std::memcpy(bytes.data() + offset, text.data(), length);
 }
 
-void append(Bytes& bytes, const Bytes& more) { bytes.insert(bytes.end(), more.begin(), more.end()); }
+void append(Bytes& bytes, const Bytes& more) {
+    bytes.insert(bytes.end(), more.begin(), more.end());
+}
 
 Bytes zstdFrame(const Bytes& data, bool withContentSize) {
     ZSTD_CCtx* context = ZSTD_createCCtx();
@@ -85,7 +89,8 @@ Bytes corruptFrame(const Bytes& data) {
     // Everything behind the frame header becomes nonsense, and the first block header claims
     // the reserved block type, so that decoding fails at once.
     size_t headerEnd = frameHeaderBytes(frame);
-    for (size_t i = headerEnd; i < frame.size(); ++i) frame[i] = static_cast<uint8_t>(0xA5 ^ i);
+    for (size_t i = headerEnd; i < frame.size(); ++i)
+        frame[i] = static_cast<uint8_t>(0xA5 ^ i);
     if (headerEnd < frame.size()) frame[headerEnd] = 0x07; // last block, type 3 (reserved)
     return frame;
 }
@@ -109,12 +114,15 @@ size_t SceneFile::add(Chunk chunk) {
     return chunks_.size() - 1;
 }
 
-uint64_t SceneFile::bodyOffsetOf(size_t index) const { return offsetOf(index) + bodyStart(chunks_.at(index)); }
+uint64_t SceneFile::bodyOffsetOf(size_t index) const {
+    return offsetOf(index) + bodyStart(chunks_.at(index));
+}
 
 Bytes SceneFile::build() {
     std::vector<size_t> placed = layout;
     if (placed.empty()) {
-        for (size_t i = 0; i < chunks_.size(); ++i) placed.push_back(i);
+        for (size_t i = 0; i < chunks_.size(); ++i)
+            placed.push_back(i);
     }
     std::vector<size_t> linked = chain;
     if (linked.empty()) linked = placed;
@@ -158,7 +166,9 @@ Bytes SceneFile::build() {
     return file;
 }
 
-bool SceneFile::write(const std::string& path) { return writeBytes(path, build()); }
+bool SceneFile::write(const std::string& path) {
+    return writeBytes(path, build());
+}
 
 bool writeBytes(const std::string& path, const Bytes& bytes) {
     std::ofstream out(path, std::ios::binary | std::ios::trunc);
