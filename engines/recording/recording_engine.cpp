@@ -3,6 +3,8 @@
 #include "bridge/tracer.h"
 #include "common/unicode.h"
 #include "engines/recording/recording_script.h"
+#include "scene/records.h"
+#include "scene/temp_objects.h"
 
 #include <chrono>
 #include <cstring>
@@ -82,11 +84,17 @@ class RecordingEngine final : public ITaviTracer {
         return record("addMaterial", header(material, 12));
     }
     int32_t addTexMap(TexMapRecord* texmap) override { return record("addTexMap", header(texmap, 8)); }
-    int32_t addTextureData(TextureDataRecord*, ITaviRenderCallback*) override {
-        return record("addTextureData", "");
+    int32_t addTextureData(TextureDataRecord* texture, ITaviRenderCallback*) override {
+        return record("addTextureData", "id=" + std::to_string(texture->id) + " name=" +
+                                            textAt(texture->name, 0, kNameChars) + " width=" +
+                                            std::to_string(texture->width) + " height=" +
+                                            std::to_string(texture->height) + " pixelType=" +
+                                            std::to_string(texture->pixelType));
     }
-    int32_t addTextureFile(TextureFileRecord*, ITaviRenderCallback*) override {
-        return record("addTextureFile", "");
+    int32_t addTextureFile(TextureFileRecord* texture, ITaviRenderCallback*) override {
+        return record("addTextureFile", "id=" + std::to_string(texture->id) + " name=" +
+                                            textAt(texture->name, 0, kNameChars) + " path=" +
+                                            textAt(texture->path, 0, kPathChars));
     }
     int32_t endLights() override { return record("endLights", ""); }
     int32_t addTriangleMeshes(bridgeTriangleMesh*, ITaviRenderCallback*) override {
@@ -97,8 +105,21 @@ class RecordingEngine final : public ITaviTracer {
     int32_t endScene(ITaviRenderCallback*) override { return record("endScene", ""); }
     int32_t reserved17() override { return record("reserved17", ""); }
     int32_t reserved18() override { return record("reserved18", ""); }
-    int32_t addLight(bridgeLight*) override { return record("addLight", ""); }
-    int32_t addCamera(bridgeCamera*) override { return record("addCamera", ""); }
+    int32_t addLight(bridgeLight* object) override {
+        const TempLight& light = *static_cast<TempLight*>(object);
+        return record("addLight", "type=" + std::to_string(light.light.type) + " name=" +
+                                      textAt(light.lightName, 0, kNameChars) +
+                                      " texMap=" + std::to_string(light.light.texMap));
+    }
+    int32_t addCamera(bridgeCamera* object) override {
+        const TempCamera& camera = *static_cast<TempCamera*>(object);
+        std::ostringstream fields;
+        fields << "role=" << camera.cameraRole << " type=" << camera.camera.type
+               << " file=" << textAt(camera.cameraFile, 0, kNameChars) << " Aspect=" << camera.camera.Aspect
+               << " DistortionMap=" << camera.camera.DistortionMap << " ApertureMap=" << camera.camera.ApertureMap
+               << " tracks=" << camera.trackACount << "," << camera.trackBCount << "," << camera.trackCCount;
+        return record("addCamera", fields.str());
+    }
     int32_t endGeometry() override { return record("endGeometry", ""); }
 
     int32_t render(ITaviRenderCallback* callback) override {
