@@ -5,7 +5,7 @@
 
 namespace {
 
-struct Spec {
+struct Conversion {
     std::string flags;
     int width = -1;
     int precision = -1;
@@ -46,19 +46,19 @@ void appendAscii(std::u16string &out, const char *text) {
         out += static_cast<char16_t>(static_cast<unsigned char>(*text));
 }
 
-std::string numberFormat(const Spec &spec, const char *length) {
-    std::string f = "%" + spec.flags;
-    if (spec.width >= 0) f += std::to_string(spec.width);
-    if (spec.precision >= 0) f += "." + std::to_string(spec.precision);
+std::string numberFormat(const Conversion &conversion, const char *length) {
+    std::string f = "%" + conversion.flags;
+    if (conversion.width >= 0) f += std::to_string(conversion.width);
+    if (conversion.precision >= 0) f += "." + std::to_string(conversion.precision);
     f += length;
-    f += spec.conversion;
+    f += conversion.conversion;
     return f;
 }
 
-void appendText(std::u16string &out, const Spec &spec, const char16_t *text, size_t length) {
-    if (spec.precision >= 0 && length > static_cast<size_t>(spec.precision)) length = spec.precision;
-    size_t pad = spec.width > 0 && static_cast<size_t>(spec.width) > length ? spec.width - length : 0;
-    bool left = spec.flags.find('-') != std::string::npos;
+void appendText(std::u16string &out, const Conversion &conversion, const char16_t *text, size_t length) {
+    if (conversion.precision >= 0 && length > static_cast<size_t>(conversion.precision)) length = conversion.precision;
+    size_t pad = conversion.width > 0 && static_cast<size_t>(conversion.width) > length ? conversion.width - length : 0;
+    bool left = conversion.flags.find('-') != std::string::npos;
     if (!left) out.append(pad, u' ');
     out.append(text, length);
     if (left) out.append(pad, u' ');
@@ -83,28 +83,28 @@ long long realToInteger(double value) {
     return static_cast<long long>(value);
 }
 
-void appendNumber(std::u16string &out, const Spec &spec, const FormatArg *arg) {
+void appendNumber(std::u16string &out, const Conversion &conversion, const FormatArg *arg) {
     if (!arg || arg->kind == FormatArg::Kind::Text) {
-        Spec empty = spec;
+        Conversion empty = conversion;
         empty.precision = -1;
         appendText(out, empty, u"", 0);
         return;
     }
-    bool real = spec.conversion == 'f' || spec.conversion == 'F' || spec.conversion == 'e' ||
-                spec.conversion == 'E' || spec.conversion == 'g' || spec.conversion == 'G' ||
-                spec.conversion == 'a' || spec.conversion == 'A';
+    bool real = conversion.conversion == 'f' || conversion.conversion == 'F' || conversion.conversion == 'e' ||
+                conversion.conversion == 'E' || conversion.conversion == 'g' || conversion.conversion == 'G' ||
+                conversion.conversion == 'a' || conversion.conversion == 'A';
     if (real) {
         double value = arg->kind == FormatArg::Kind::Real ? arg->real : static_cast<double>(arg->integer);
-        appendPrintf(out, numberFormat(spec, ""), value);
+        appendPrintf(out, numberFormat(conversion, ""), value);
     } else {
         long long value = arg->kind == FormatArg::Kind::Integer ? arg->integer : realToInteger(arg->real);
-        if (spec.conversion == 'd' || spec.conversion == 'i') {
-            appendPrintf(out, numberFormat(spec, "ll"), value);
+        if (conversion.conversion == 'd' || conversion.conversion == 'i') {
+            appendPrintf(out, numberFormat(conversion, "ll"), value);
         } else {
             // An unsigned conversion sees the bits of the argument as it was passed.
             unsigned long long bits = static_cast<unsigned long long>(value);
             if (arg->kind == FormatArg::Kind::Integer && arg->integerBits == 32) bits &= 0xFFFFFFFFull;
-            appendPrintf(out, numberFormat(spec, "ll"), bits);
+            appendPrintf(out, numberFormat(conversion, "ll"), bits);
         }
     }
 }
@@ -120,26 +120,26 @@ std::u16string formatWideArgs(const char16_t *format, const FormatArg *args, siz
             continue;
         }
         const char16_t *start = p++;
-        Spec spec;
+        Conversion conversion;
         while (isFlag(*p))
-            spec.flags += static_cast<char>(*p++);
+            conversion.flags += static_cast<char>(*p++);
         if (*p == u'*') {
-            spec.width = starValue(take(args, count, next));
-            if (spec.width < 0) {
-                spec.flags += '-';
-                spec.width = -spec.width;
+            conversion.width = starValue(take(args, count, next));
+            if (conversion.width < 0) {
+                conversion.flags += '-';
+                conversion.width = -conversion.width;
             }
             ++p;
         } else if (*p >= u'0' && *p <= u'9') {
-            spec.width = readNumber(p);
+            conversion.width = readNumber(p);
         }
         if (*p == u'.') {
             ++p;
             if (*p == u'*') {
-                spec.precision = starValue(take(args, count, next));
+                conversion.precision = starValue(take(args, count, next));
                 ++p;
             } else {
-                spec.precision = readNumber(p);
+                conversion.precision = readNumber(p);
             }
         }
         while (*p == u'l' || *p == u'h' || *p == u'L' || *p == u'z' || *p == u'j' || *p == u't' ||
@@ -155,7 +155,7 @@ std::u16string formatWideArgs(const char16_t *format, const FormatArg *args, siz
             break;
         }
         ++p;
-        spec.conversion = static_cast<char>(c);
+        conversion.conversion = static_cast<char>(c);
         switch (c) {
         case u'%':
             out += u'%';
@@ -165,14 +165,14 @@ std::u16string formatWideArgs(const char16_t *format, const FormatArg *args, siz
             const FormatArg *a = take(args, count, next);
             const char16_t *text = u"";
             if (a && a->kind == FormatArg::Kind::Text) text = a->text ? a->text : u"(null)";
-            appendText(out, spec, text, std::char_traits<char16_t>::length(text));
+            appendText(out, conversion, text, std::char_traits<char16_t>::length(text));
             break;
         }
         case u'c':
         case u'C': {
             const FormatArg *a = take(args, count, next);
             char16_t ch = a && a->kind == FormatArg::Kind::Integer ? static_cast<char16_t>(a->integer) : 0;
-            Spec plain = spec;
+            Conversion plain = conversion;
             plain.precision = -1;
             appendText(out, plain, &ch, ch ? 1 : 0);
             break;
@@ -191,7 +191,7 @@ std::u16string formatWideArgs(const char16_t *format, const FormatArg *args, siz
         case u'G':
         case u'a':
         case u'A':
-            appendNumber(out, spec, take(args, count, next));
+            appendNumber(out, conversion, take(args, count, next));
             break;
         default:
             // An unknown conversion is printed as it stands.
