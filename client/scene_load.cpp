@@ -46,100 +46,74 @@ void SceneLoad::raiseLevel(int32_t level) { renderer.raiseStatus(level); }
 
 // A record whose name is known under the same id is the same record; under another id the
 // scene is broken. A new one is keyed by its name and by its id.
-template <class Entry>
-static bool registerEntry(SceneLoad& load, Entry* entry, const char16_t* name, int32_t id, int32_t knownId,
-                          NameTable& names, NameTable& ids, int32_t& nextId, const char16_t* duplicate) {
-    FileRenderer& r = load.renderer;
+bool SceneLoad::registerEntry(void* entry, const char16_t* name, int32_t id, const Registry& registry) {
+    FileRenderer& r = renderer;
+    int32_t knownId = (r.*registry.find)(name, true);
     if (knownId != -1 && knownId == id) return false;
     if (knownId != -1) {
-        r.reportError(formatWide(duplicate, name).c_str(), 0);
+        r.reportError(formatWide(registry.duplicateMessage, name).c_str(), 0);
         r.reportError(messages::kInvalidScene, 0);
-        load.stopped = true;
-        r.raiseStatus(StatusErrors);
+        stop(StatusErrors);
         return false;
     }
-    if (id >= nextId) nextId = id + 1;
-    if (!names.insert(nameKey(name), entry) || !ids.insert(idKey(id), entry)) {
-        load.stopped = true;
-        r.raiseStatus(StatusOutOfMemory);
-    }
+    if (id >= *registry.nextId) *registry.nextId = id + 1;
+    if (!registry.names->insert(nameKey(name), entry) || !registry.ids->insert(idKey(id), entry))
+        stop(StatusOutOfMemory);
     return true;
 }
 
-SceneStatus SceneLoad::registerTextureFiles() {
-    return sweep([&](uint64_t& offset, SceneStatus& status) {
-        auto* entry = newZeroedEntry<TextureFileEntry>();
-        entry->kind = TextureKindFile;
-        status = readTextureFile(reader, entry->record, offset);
-        entry->id = entry->record.id;
-        bool kept = status == SceneOk &&
-                    registerEntry(*this, entry, entry->record.name, entry->id,
-                                  renderer.findOrCreateTexture(entry->record.name, true), renderer.textureNames,
-                                  renderer.textureIds, renderer.nextTextureId, messages::kDuplicateTexture);
-        if (kept) {
-            entry->next = renderer.textureFiles;
-            renderer.textureFiles = entry;
-        } else {
-            ::operator delete(entry);
-        }
-        return !stopped;
-    });
+namespace {
+
+// How each kind of registry node is read from its chunk, named, and given back unused.
+SceneStatus readInto(SceneFileReader& reader, TextureFileEntry& entry, uint64_t& offset) {
+    entry.kind = TextureKindFile;
+    SceneStatus status = readTextureFile(reader, entry.record, offset);
+    entry.id = entry.record.id;
+    return status;
+}
+SceneStatus readInto(SceneFileReader& reader, TextureDataEntry& entry, uint64_t& offset) {
+    entry.kind = TextureKindData;
+    SceneStatus status = readTextureData(reader, entry.record, offset);
+    entry.id = entry.record.id;
+    return status;
+}
+SceneStatus readInto(SceneFileReader& reader, TexMapEntry& entry, uint64_t& offset) {
+    entry.record.id = -1;
+    return readTexMap(reader, entry.record, offset);
+}
+SceneStatus readInto(SceneFileReader& reader, MaterialEntry& entry, uint64_t& offset) {
+    entry.record.id = -1;
+    return readMaterial(reader, entry.record, offset);
 }
 
-SceneStatus SceneLoad::registerTextureData() {
-    return sweep([&](uint64_t& offset, SceneStatus& status) {
-        auto* entry = newZeroedEntry<TextureDataEntry>();
-        entry->kind = TextureKindData;
-        status = readTextureData(reader, entry->record, offset);
-        entry->id = entry->record.id;
-        bool kept = status == SceneOk &&
-                    registerEntry(*this, entry, entry->record.name, entry->id,
-                                  renderer.findOrCreateTexture(entry->record.name, true), renderer.textureNames,
-                                  renderer.textureIds, renderer.nextTextureId, messages::kDuplicateTexture);
-        if (kept) {
-            entry->next = renderer.textureData;
-            renderer.textureData = entry;
-        } else {
-            releaseTextureData(entry->record);
-            ::operator delete(entry);
-        }
-        return !stopped;
-    });
-}
+const char16_t* nameOf(const TextureFileEntry& e) { return e.record.name; }
+const char16_t* nameOf(const TextureDataEntry& e) { return e.record.name; }
+const char16_t* nameOf(const TexMapEntry& e) { return e.record.Name; }
+const char16_t* nameOf(const MaterialEntry& e) { return e.record.Name; }
 
-SceneStatus SceneLoad::registerTexMaps() {
-    return sweep([&](uint64_t& offset, SceneStatus& status) {
-        auto* entry = newZeroedEntry<TexMapEntry>();
-        entry->record.id = -1;
-        status = readTexMap(reader, entry->record, offset);
-        bool kept = status == SceneOk &&
-                    registerEntry(*this, entry, entry->record.Name, entry->record.id,
-                                  renderer.findOrCreateTexMap(entry->record.Name, true), renderer.texmapNames,
-                                  renderer.texmapIds, renderer.nextTexmapId, messages::kDuplicateTexMap);
-        if (kept) {
-            entry->next = renderer.texmapRecords;
-            renderer.texmapRecords = entry;
-        } else {
-            ::operator delete(entry);
-        }
-        return !stopped;
-    });
-}
+int32_t idOf(const TextureFileEntry& e) { return e.id; }
+int32_t idOf(const TextureDataEntry& e) { return e.id; }
+int32_t idOf(const TexMapEntry& e) { return e.record.id; }
+int32_t idOf(const MaterialEntry& e) { return e.record.id; }
 
-SceneStatus SceneLoad::registerMaterials() {
+void discard(TextureFileEntry&) {}
+void discard(TextureDataEntry& e) { releaseTextureData(e.record); }
+void discard(TexMapEntry&) {}
+void discard(MaterialEntry& e) { releaseMaterial(e.record); }
+
+} // namespace
+
+template <class Entry>
+SceneStatus SceneLoad::registerAll(Entry*& list, const Registry& registry) {
     return sweep([&](uint64_t& offset, SceneStatus& status) {
-        auto* entry = newZeroedEntry<MaterialEntry>();
-        entry->record.id = -1;
-        status = readMaterial(reader, entry->record, offset);
-        bool kept = status == SceneOk &&
-                    registerEntry(*this, entry, entry->record.Name, entry->record.id,
-                                  renderer.findOrCreateMaterial(entry->record.Name, true), renderer.materialNames,
-                                  renderer.materialIds, renderer.nextMaterialId, messages::kDuplicateMaterial);
+        auto* entry = newZeroedEntry<Entry>();
+        status = readInto(reader, *entry, offset);
+        bool kept = status == SceneOk && registerEntry(entry, nameOf(*entry), idOf(*entry), registry);
         if (kept) {
-            entry->next = renderer.materialRecords;
-            renderer.materialRecords = entry;
+            entry->next = list;
+            list = entry;
         } else {
-            releaseMaterial(entry->record);
+            discard(*entry);
             ::operator delete(entry);
         }
         return !stopped;
@@ -282,10 +256,17 @@ SceneStatus SceneLoad::handOverLights() {
     } while (0)
 
 SceneStatus SceneLoad::run() {
-    TAVI_SWEEP(registerTextureFiles());
-    TAVI_SWEEP(registerTextureData());
-    TAVI_SWEEP(registerTexMaps());
-    TAVI_SWEEP(registerMaterials());
+    FileRenderer& r = renderer;
+    const Registry textures{&FileRenderer::findOrCreateTexture, &r.textureNames, &r.textureIds, &r.nextTextureId,
+                            messages::kDuplicateTexture};
+    const Registry texmaps{&FileRenderer::findOrCreateTexMap, &r.texmapNames, &r.texmapIds, &r.nextTexmapId,
+                           messages::kDuplicateTexMap};
+    const Registry materials{&FileRenderer::findOrCreateMaterial, &r.materialNames, &r.materialIds,
+                             &r.nextMaterialId, messages::kDuplicateMaterial};
+    TAVI_SWEEP(registerAll(r.textureFiles, textures));
+    TAVI_SWEEP(registerAll(r.textureData, textures));
+    TAVI_SWEEP(registerAll(r.texmapRecords, texmaps));
+    TAVI_SWEEP(registerAll(r.materialRecords, materials));
     TAVI_SWEEP(readSceneSettings());
     if (!applySettingsDocument()) {
         renderer.reportError(messages::kSettingsDocumentFailed, 0);

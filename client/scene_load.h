@@ -6,6 +6,16 @@
 #include <cstdint>
 
 class FileRenderer;
+class NameTable;
+
+// Where one kind of asset is registered, and how a clash of names is told.
+struct Registry {
+    int32_t (FileRenderer::*find)(const char16_t* name, bool lookupOnly);
+    NameTable* names;
+    NameTable* ids;
+    int32_t* nextId;
+    const char16_t* duplicateMessage;
+};
 
 class SceneLoad {
   public:
@@ -20,10 +30,9 @@ class SceneLoad {
     bool stopped = false;
 
   private:
-    SceneStatus registerTextureFiles();
-    SceneStatus registerTextureData();
-    SceneStatus registerTexMaps();
-    SceneStatus registerMaterials();
+    template <class Entry>
+    SceneStatus registerAll(Entry*& list, const Registry& registry);
+    bool registerEntry(void* entry, const char16_t* name, int32_t id, const Registry& registry);
     SceneStatus readSceneSettings();
     bool applySettingsDocument();
     void applyCommandLine();
