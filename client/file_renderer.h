@@ -106,10 +106,12 @@ class FileRenderer final : public ITaviNameInterface, public ITaviRenderCallback
     std::u16string errorText;
     std::u16string warningText;
 
+    // The registry node of a texture map or material by name, without creating one.
+    template <class Kind>
+    typename Kind::Entry* findAsset(const char16_t* name);
+
   private:
     TextureEntryHead* findTexture(const char16_t* name) const;
-    TexMapEntry* findTexMap(const char16_t* name) const;
-    MaterialEntry* findMaterial(const char16_t* name) const;
 
     void beginMessageLine();
     void reportMessage(std::u16string& target, const char16_t* text);

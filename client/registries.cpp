@@ -31,6 +31,8 @@ bool sameName(const char16_t* stored, size_t capacity, const char16_t* name) {
 
 bool isEmpty(const char16_t* name) { return !name || !name[0]; }
 
+uint64_t idKey(int32_t id) { return static_cast<uint64_t>(static_cast<int64_t>(id)); }
+
 std::u16string documentPath(const std::u16string& folder, const char16_t* name) {
     return folder + name + u".xml";
 }
@@ -48,23 +50,124 @@ TextureEntryHead* FileRenderer::findTexture(const char16_t* name) const {
     return nullptr;
 }
 
-TexMapEntry* FileRenderer::findTexMap(const char16_t* name) const {
+template <class Kind>
+typename Kind::Entry* FileRenderer::findAsset(const char16_t* name) {
     uint64_t key = nameKey(name);
-    for (NameTable::Entry* e = texmapNames.find(key); e; e = NameTable::next(e, key)) {
-        auto* entry = static_cast<TexMapEntry*>(e->value);
+    for (NameTable::Entry* e = Kind::names(*this).find(key); e; e = NameTable::next(e, key)) {
+        auto* entry = static_cast<typename Kind::Entry*>(e->value);
         if (sameName(entry->record.Name, kNameChars, name)) return entry;
     }
     return nullptr;
 }
 
-MaterialEntry* FileRenderer::findMaterial(const char16_t* name) const {
-    uint64_t key = nameKey(name);
-    for (NameTable::Entry* e = materialNames.find(key); e; e = NameTable::next(e, key)) {
-        auto* entry = static_cast<MaterialEntry*>(e->value);
-        if (sameName(entry->record.Name, kNameChars, name)) return entry;
+// ---------------------------------------------------------------- texture maps and materials
+// The two kinds resolve alike; only their folder, documents and engine operation differ.
+
+namespace {
+
+struct TexMapKind {
+    using Entry = TexMapEntry;
+    static constexpr char16_t kRecursion[] = u"Error: texmap %ls recurrently referenced by itself.";
+    static const std::u16string& folder(const ClientOptions& o) { return o.texmapsPath; }
+    static NameTable& names(FileRenderer& r) { return r.texmapNames; }
+    static NameTable& ids(FileRenderer& r) { return r.texmapIds; }
+    static Entry*& list(FileRenderer& r) { return r.texmapRecords; }
+    static int32_t& nextId(FileRenderer& r) { return r.nextTexmapId; }
+    static int32_t detect(const char16_t* path) { return DetectTexMapType(path); }
+    static void read(Entry& e, const char16_t* path, ITaviNameInterface* names) {
+        ReadTexMapDocument(&e.record, path, names);
+    }
+    static void walk(Entry& e, ITaviNameInterface* names) { WalkTexMapReferences(&e.record, names); }
+    static int32_t add(ITaviTracer* tracer, Entry& e) { return tracer->addTexMap(&e.record); }
+    static void afterAdd(Entry&) {}
+};
+
+struct MaterialKind {
+    using Entry = MaterialEntry;
+    static constexpr char16_t kRecursion[] = u"Error: material %ls recurrently referenced by itself.";
+    static const std::u16string& folder(const ClientOptions& o) { return o.materialsPath; }
+    static NameTable& names(FileRenderer& r) { return r.materialNames; }
+    static NameTable& ids(FileRenderer& r) { return r.materialIds; }
+    static Entry*& list(FileRenderer& r) { return r.materialRecords; }
+    static int32_t& nextId(FileRenderer& r) { return r.nextMaterialId; }
+    static int32_t detect(const char16_t* path) { return DetectMaterialType(path); }
+    static void read(Entry& e, const char16_t* path, ITaviNameInterface* names) {
+        ReadMaterialDocument(&e.record, path, names);
+    }
+    static void walk(Entry& e, ITaviNameInterface* names) { WalkMaterialReferences(&e.record, names); }
+    static int32_t add(ITaviTracer* tracer, Entry& e) { return tracer->addMaterial(&e.record); }
+    // The volume cache lives in the client only until the engine has taken the material.
+    static void afterAdd(Entry& e) { releaseMaterial(e.record); }
+};
+
+// A document of the item's name in the kind's folder replaces the record, type included.
+template <class Kind>
+void readDocument(FileRenderer& r, typename Kind::Entry& entry, const char16_t* name) {
+    const std::u16string& folder = Kind::folder(*r.options);
+    if (folder.empty()) return;
+    std::u16string path = documentPath(folder, name);
+    if (int32_t type = Kind::detect(path.c_str())) {
+        entry.record.type = type;
+        Kind::read(entry, path.c_str(), &r);
+    }
+}
+
+template <class Kind>
+int32_t findOrCreateAsset(FileRenderer& r, const char16_t* name, bool lookupOnly) {
+    if (isEmpty(name)) return -1;
+    if (auto* found = r.findAsset<Kind>(name)) return found->record.id;
+    if (lookupOnly) return -1;
+    auto* entry = newZeroedEntry<typename Kind::Entry>();
+    entry->record.id = -1;
+    entry->next = Kind::list(r);
+    Kind::list(r) = entry;
+    // What the document refers to gets its id before the item itself.
+    readDocument<Kind>(r, *entry, name);
+    entry->documentTried = 1;
+    entry->record.id = Kind::nextId(r)++;
+    copyBounded(entry->record.Name, kNameChars, name);
+    Kind::names(r).insert(nameKey(entry->record.Name), entry);
+    Kind::ids(r).insert(idKey(entry->record.id), entry);
+    return entry->record.id;
+}
+
+template <class Entry>
+Entry* entryWithId(const NameTable& ids, int32_t id) {
+    uint64_t key = static_cast<uint64_t>(static_cast<int64_t>(id));
+    for (NameTable::Entry* e = ids.find(key); e; e = NameTable::next(e, key)) {
+        auto* entry = static_cast<Entry*>(e->value);
+        if (entry && entry->record.id == id) return entry;
     }
     return nullptr;
 }
+
+
+// Hands the item to the engine once, after everything it names.
+template <class Kind>
+const char16_t* resolveAsset(FileRenderer& r, int32_t id) {
+    if (id == -1) return kEmptyText;
+    auto* entry = entryWithId<typename Kind::Entry>(Kind::ids(r), id);
+    if (!entry) return kEmptyText;
+    if (!r.resolving || entry->handed) return entry->record.Name;
+    if (entry->busy) {
+        r.reportError(formatWide(Kind::kRecursion, entry->record.Name).c_str(), 0);
+        r.raiseStatus(StatusErrors);
+        return kEmptyText;
+    }
+    entry->busy = 1;
+    if (!entry->documentTried) {
+        readDocument<Kind>(r, *entry, entry->record.Name);
+        entry->documentTried = 1;
+    }
+    Kind::walk(*entry, &r);
+    r.raiseStatus(Kind::add(r.tracer, *entry));
+    Kind::afterAdd(*entry);
+    entry->handed = 1;
+    entry->busy = 0;
+    return entry->record.Name;
+}
+
+} // namespace
 
 // ---------------------------------------------------------------- find or create
 
@@ -81,54 +184,16 @@ int32_t FileRenderer::findOrCreateTexture(const char16_t* name, bool lookupOnly)
     copyBounded(entry->record.name, kNameChars, name);
     // Keyed by the name as asked, not by the stored copy.
     textureNames.insert(nameKey(name), entry);
-    textureIds.insert(static_cast<uint64_t>(static_cast<int64_t>(entry->id)), entry);
+    textureIds.insert(idKey(entry->id), entry);
     return entry->id;
 }
 
 int32_t FileRenderer::findOrCreateTexMap(const char16_t* name, bool lookupOnly) {
-    if (isEmpty(name)) return -1;
-    if (TexMapEntry* found = findTexMap(name)) return found->record.id;
-    if (lookupOnly) return -1;
-    auto* entry = newZeroedEntry<TexMapEntry>();
-    entry->record.id = -1;
-    entry->next = texmapRecords;
-    texmapRecords = entry;
-    if (!options->texmapsPath.empty()) {
-        std::u16string path = documentPath(options->texmapsPath, name);
-        if (int32_t type = DetectTexMapType(path.c_str())) {
-            entry->record.type = type;
-            ReadTexMapDocument(&entry->record, path.c_str(), this);
-        }
-    }
-    entry->documentTried = 1;
-    entry->record.id = nextTexmapId++;
-    copyBounded(entry->record.Name, kNameChars, name);
-    texmapNames.insert(nameKey(entry->record.Name), entry);
-    texmapIds.insert(static_cast<uint64_t>(static_cast<int64_t>(entry->record.id)), entry);
-    return entry->record.id;
+    return findOrCreateAsset<TexMapKind>(*this, name, lookupOnly);
 }
 
 int32_t FileRenderer::findOrCreateMaterial(const char16_t* name, bool lookupOnly) {
-    if (isEmpty(name)) return -1;
-    if (MaterialEntry* found = findMaterial(name)) return found->record.id;
-    if (lookupOnly) return -1;
-    auto* entry = newZeroedEntry<MaterialEntry>();
-    entry->record.id = -1;
-    entry->next = materialRecords;
-    materialRecords = entry;
-    if (!options->materialsPath.empty()) {
-        std::u16string path = documentPath(options->materialsPath, name);
-        if (int32_t type = DetectMaterialType(path.c_str())) {
-            entry->record.type = type;
-            ReadMaterialDocument(&entry->record, path.c_str(), this);
-        }
-    }
-    entry->documentTried = 1;
-    entry->record.id = nextMaterialId++;
-    copyBounded(entry->record.Name, kNameChars, name);
-    materialNames.insert(nameKey(entry->record.Name), entry);
-    materialIds.insert(static_cast<uint64_t>(static_cast<int64_t>(entry->record.id)), entry);
-    return entry->record.id;
+    return findOrCreateAsset<MaterialKind>(*this, name, lookupOnly);
 }
 
 int32_t* FileRenderer::GetTextureId(int32_t* result, const char16_t* name) {
@@ -150,7 +215,7 @@ int32_t* FileRenderer::GetMaterialId(int32_t* result, const char16_t* name) {
 
 const char16_t* FileRenderer::GetTextureName(int32_t id) {
     if (id == -1) return kEmptyText;
-    uint64_t key = static_cast<uint64_t>(static_cast<int64_t>(id));
+    uint64_t key = idKey(id);
     NameTable::Entry* e = textureIds.find(key);
     while (e && !e->value) e = NameTable::next(e, key);
     if (!e) return kEmptyText;
@@ -165,74 +230,9 @@ const char16_t* FileRenderer::GetTextureName(int32_t id) {
     return textureName(head);
 }
 
-template <class Entry>
-static Entry* entryWithId(const NameTable& ids, int32_t id) {
-    uint64_t key = static_cast<uint64_t>(static_cast<int64_t>(id));
-    for (NameTable::Entry* e = ids.find(key); e; e = NameTable::next(e, key)) {
-        auto* entry = static_cast<Entry*>(e->value);
-        if (entry && entry->record.id == id) return entry;
-    }
-    return nullptr;
-}
+const char16_t* FileRenderer::GetTexMapName(int32_t id) { return resolveAsset<TexMapKind>(*this, id); }
 
-const char16_t* FileRenderer::GetTexMapName(int32_t id) {
-    if (id == -1) return kEmptyText;
-    TexMapEntry* entry = entryWithId<TexMapEntry>(texmapIds, id);
-    if (!entry) return kEmptyText;
-    if (!resolving || entry->handed) return entry->record.Name;
-    if (entry->busy) {
-        reportError(formatWide(u"Error: texmap %ls recurrently referenced by itself.", entry->record.Name).c_str(), 0);
-        raiseStatus(StatusErrors);
-        return kEmptyText;
-    }
-    entry->busy = 1;
-    if (!entry->documentTried) {
-        if (!options->texmapsPath.empty()) {
-            std::u16string path = documentPath(options->texmapsPath, entry->record.Name);
-            if (int32_t type = DetectTexMapType(path.c_str())) {
-                entry->record.type = type;
-                ReadTexMapDocument(&entry->record, path.c_str(), this);
-            }
-        }
-        entry->documentTried = 1;
-    }
-    WalkTexMapReferences(&entry->record, this);
-    raiseStatus(tracer->addTexMap(&entry->record));
-    entry->handed = 1;
-    entry->busy = 0;
-    return entry->record.Name;
-}
-
-const char16_t* FileRenderer::GetMaterialName(int32_t id) {
-    if (id == -1) return kEmptyText;
-    MaterialEntry* entry = entryWithId<MaterialEntry>(materialIds, id);
-    if (!entry) return kEmptyText;
-    if (!resolving || entry->handed) return entry->record.Name;
-    if (entry->busy) {
-        reportError(formatWide(u"Error: material %ls recurrently referenced by itself.", entry->record.Name).c_str(),
-                    0);
-        raiseStatus(StatusErrors);
-        return kEmptyText;
-    }
-    entry->busy = 1;
-    if (!entry->documentTried) {
-        if (!options->materialsPath.empty()) {
-            std::u16string path = documentPath(options->materialsPath, entry->record.Name);
-            if (int32_t type = DetectMaterialType(path.c_str())) {
-                entry->record.type = type;
-                ReadMaterialDocument(&entry->record, path.c_str(), this);
-            }
-        }
-        entry->documentTried = 1;
-    }
-    WalkMaterialReferences(&entry->record, this);
-    raiseStatus(tracer->addMaterial(&entry->record));
-    // The volume cache lives in the client only until the engine has taken the material.
-    releaseMaterial(entry->record);
-    entry->handed = 1;
-    entry->busy = 0;
-    return entry->record.Name;
-}
+const char16_t* FileRenderer::GetMaterialName(int32_t id) { return resolveAsset<MaterialKind>(*this, id); }
 
 uint64_t FileRenderer::GetModelId(const char16_t* name) {
     if (isEmpty(name)) return 0;
