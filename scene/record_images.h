@@ -35,6 +35,31 @@ constexpr std::array<uint32_t, kMaterialTypes> materialImages() {
         table[type] = sizeof(MaterialRecord);
     table[9] = table[27] = 0;
     table[kVolumeMaterialType] = kVolumeCacheOffset;
+    table[2] = 408;   // BLEND_SIDED
+    table[3] = 536;   // TOP_BOTTOM
+    table[5] = 560;   // LAMBERTIANEMISSION
+    table[6] = 1084;  // IDEALDIFFUSE
+    table[7] = 1352;  // DIFFUSE
+    table[8] = 804;   // IDEALSPECULAR
+    table[10] = 284;  // BUMP
+    table[11] = 550;  // MIX
+    table[12] = 540;  // IDEALMIRROR
+    table[13] = 1946; // IDEALDIELECTRIC
+    table[14] = 284;  // CUTOUT
+    table[15] = 280;  // NORMALMAP
+    table[16] = 276;  // TWOSIDED
+    table[17] = 1660; // IDEALCONDUCTOR
+    table[18] = 1954; // IDEALCOATING
+    table[19] = 2744; // ROUGHDIELECTRIC
+    table[20] = 2456; // ROUGHCONDUCTOR
+    table[21] = 2752; // ROUGHCOATING
+    table[22] = 302;  // DISPACEMENTMAP
+    table[23] = 1667; // SSS
+    table[26] = 492;  // TRIPLANAR
+    table[28] = 272;  // MTLPROXY
+    table[29] = 325;  // RAYSWITCH
+    table[30] = 5798; // THINFILM
+    table[32] = 328;  // the state switch, which has no word
     return table;
 }
 
