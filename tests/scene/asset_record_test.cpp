@@ -50,19 +50,27 @@ TEST(TexMapRecord, TypesAndVersions) {
 }
 
 TEST(TexMapRecord, ImageIsCopiedByteForByte) {
-    Bytes body = texMapBody(3, 12, "image");
-    for (size_t i = 0x88; i < body.size(); ++i)
-        body[i] = static_cast<uint8_t>(i * 13);
-    body.resize(body.size() + 64, 0xAB); // bytes past the image are not part of the record
-    OpenScene scene(sceneOf({zstdChunk(kTexMap, body)}));
-    TexMapRecord record;
-    uint64_t offset = 0;
-    ASSERT_EQ(readTexMap(scene.reader, record, offset), SceneOk);
-    EXPECT_EQ(std::memcmp(record.typeData, body.data() + 0x88, sizeof record.typeData), 0);
+    for (int32_t type : {3, 5, 27}) {
+        const size_t image = texMapImageLength(type);
+        Bytes body = texMapBody(type, 12, "image");
+        for (size_t i = 0x88; i < body.size(); ++i)
+            body[i] = static_cast<uint8_t>(i * 13 + 1);
+        body.resize(body.size() + 64, 0xAB);
+        OpenScene scene(sceneOf({zstdChunk(kTexMap, body)}));
+        TexMapRecord record = filledWith<TexMapRecord>(0x77);
+        uint64_t offset = 0;
+        ASSERT_EQ(readTexMap(scene.reader, record, offset), SceneOk);
+        const uint8_t* bytes = reinterpret_cast<const uint8_t*>(&record);
+        EXPECT_EQ(std::memcmp(bytes + 0x88, body.data() + 0x88, image - 0x88), 0) << type;
+        // Bytes past the type's image are not part of the record; it was cleared first.
+        EXPECT_TRUE(std::all_of(bytes + image, bytes + sizeof record, [](uint8_t b) { return b == 0; }))
+            << type;
+    }
 }
 
 TEST(TexMapRecord, ShortBodyIsCopiedAsFarAsItGoes) {
-    Bytes body = texMapBody(3, 12, "short", 0x100);
+    ASSERT_GT(texMapImageLength(5), 0x100u);
+    Bytes body = texMapBody(5, 12, "short", 0x100);
     for (size_t i = 0x88; i < body.size(); ++i)
         body[i] = 0xC3;
     OpenScene scene(sceneOf({storedChunk(kTexMap, body)}));
@@ -124,11 +132,12 @@ TEST(MaterialRecord, VolumeTextsAreFixedUpForTypes24And25Only) {
         std::u16string name;
         bool textsConverted;
     };
-    // Type 24 converts its name twice, which leaves the first character alone.
+    // Type 24 converts its name twice, which leaves the first character alone; it converts the
+    // nine texts as well, whatever its image holds there.
     const Case cases[] = {
-        {24, u"S", true}, {25, u"Smoke", true}, {23, u"Smoke", false}, {26, u"Smoke", false}};
+        {24, u"S", true}, {25, u"Smoke", true}, {23, u"Smoke", false}, {4, u"Smoke", false}};
     for (const Case& c : cases) {
-        Bytes body = materialBody(c.type, 0, 0, "Smoke");
+        Bytes body = materialBody(c.type, 0, 0, "Smoke", kMaterialImage);
         for (size_t i = 0; i < 9; ++i)
             putText(body, kVolumeTexts[i], kNameField, "text" + std::to_string(i));
         OpenScene scene(sceneOf({storedChunk(kMaterial, body)}));
@@ -136,14 +145,19 @@ TEST(MaterialRecord, VolumeTextsAreFixedUpForTypes24And25Only) {
         uint64_t offset = 0;
         ASSERT_EQ(readMaterial(scene.reader, record, offset), SceneOk) << c.type;
         EXPECT_EQ(std::u16string(record.Name), c.name) << c.type;
+        const size_t image = materialImageLength(c.type);
         for (size_t i = 0; i < 9; ++i) {
             const uint8_t* field = reinterpret_cast<const uint8_t*>(&record) + kVolumeTextOffsets[i];
-            std::u16string expected = u"text" + std::u16string(1, char16_t(u'0' + i));
-            if (c.textsConverted) {
-                EXPECT_EQ(std::u16string(reinterpret_cast<const char16_t*>(field)), expected) << c.type;
-            } else {
-                EXPECT_EQ(std::string(reinterpret_cast<const char*>(field)), "text" + std::to_string(i))
-                    << c.type;
+            std::string narrow = "text" + std::to_string(i);
+            if (c.textsConverted && kVolumeTextOffsets[i] + narrow.size() < image) {
+                EXPECT_EQ(std::u16string(reinterpret_cast<const char16_t*>(field)), wide(narrow)) << c.type;
+            } else if (c.textsConverted) {
+                EXPECT_EQ(reinterpret_cast<const char16_t*>(field)[0], 0) << c.type << ": past the image";
+            } else if (kVolumeTextOffsets[i] + kNameFieldBytes <= image) {
+                EXPECT_EQ(std::string(reinterpret_cast<const char*>(field)), narrow)
+                    << c.type << ": copied as is";
+            } else if (kVolumeTextOffsets[i] >= image) {
+                EXPECT_EQ(field[0], 0) << c.type << ": past the image";
             }
         }
     }
@@ -158,6 +172,7 @@ TEST(MaterialRecord, EmptyNameOfType24StaysEmpty) {
 }
 
 TEST(MaterialRecord, ShortBodyIsCopiedAsFarAsItGoes) {
+    ASSERT_GT(materialImageLength(5), 200u);
     Bytes body = materialBody(5, 44, 2, "short", 200);
     body[199] = 0x5C;
     OpenScene scene(sceneOf({storedChunk(kMaterial, body)}));
@@ -171,12 +186,18 @@ TEST(MaterialRecord, ShortBodyIsCopiedAsFarAsItGoes) {
 
 TEST(MaterialRecord, ImageLengthsByType) {
     for (int32_t type = -2; type < 40; ++type) {
-        uint32_t expected = (type >= 1 && type <= 32 && type != 9 && type != 27) ? 0x3350 : 0;
-        if (type == 25) expected = 0x1960;
-        EXPECT_EQ(materialImageLength(type), expected) << type;
-        uint32_t texMap = (type >= 1 && type <= 27 && type != 16) ? 0x19A8 : 0;
-        EXPECT_EQ(texMapImageLength(type), texMap) << type;
+        bool material = type >= 1 && type <= 32 && type != 9 && type != 27;
+        uint32_t length = materialImageLength(type);
+        EXPECT_EQ(length != 0, material) << type;
+        EXPECT_LE(length, sizeof(MaterialRecord)) << type;
+        if (material) {
+            EXPECT_GE(length, 12 + kNameFieldBytes) << type << ": the head is part of every image";
+        }
+        bool texMap = type >= 1 && type <= 27 && type != 16;
+        EXPECT_EQ(texMapImageLength(type) != 0, texMap) << type;
+        EXPECT_LE(texMapImageLength(type), sizeof(TexMapRecord)) << type;
     }
+    EXPECT_EQ(materialImageLength(25), kVolumeCacheOffset) << "the cache slot is not file data";
 }
 
 TEST(MaterialRecord, TheVolumeCacheSlotIsNotFileData) {
