@@ -125,6 +125,8 @@ TEST(ZstdBody, WorkingBufferThatCannotBeHadIsOutOfMemory) {
     ASSERT_EQ(scene.reader.nextChunk(offset), SceneOk);
     void* out = nullptr;
     uint64_t before = liveBlocks();
+    // The compressed block must come from pages the pool already holds.
+    poolFree(poolInstance(), poolAlloc(poolInstance(), stored.size()));
     poolFailNextPageRequests(1);
     SceneStatus status = scene.reader.readChunkBody(out, stored.size(), 1, 68);
     poolFailNextPageRequests(0);
