@@ -35,8 +35,10 @@ constexpr std::array<uint32_t, kMaterialTypes> materialImages() {
         table[type] = sizeof(MaterialRecord);
     table[9] = table[27] = 0;
     table[kVolumeMaterialType] = kVolumeCacheOffset;
+    table[1] = 6201;  // PHYSICAL
     table[2] = 408;   // BLEND_SIDED
     table[3] = 536;   // TOP_BOTTOM
+    table[4] = 13130; // UBER
     table[5] = 560;   // LAMBERTIANEMISSION
     table[6] = 1084;  // IDEALDIFFUSE
     table[7] = 1352;  // DIFFUSE
@@ -55,10 +57,12 @@ constexpr std::array<uint32_t, kMaterialTypes> materialImages() {
     table[21] = 2752; // ROUGHCOATING
     table[22] = 302;  // DISPACEMENTMAP
     table[23] = 1667; // SSS
+    table[24] = 4353; // HAIR
     table[26] = 492;  // TRIPLANAR
     table[28] = 272;  // MTLPROXY
     table[29] = 325;  // RAYSWITCH
     table[30] = 5798; // THINFILM
+    table[31] = 1138; // MIE
     table[32] = 328;  // the state switch, which has no word
     return table;
 }

@@ -14,6 +14,17 @@ constexpr bool materialTableFits(const TypeDescriptor& table) {
            table.imageLength == record_images::lookUp(record_images::kMaterialImage, table.type);
 }
 
+// Where the last byte that a table's fields occupy ends: the end of the type's image, unless the
+// record keeps something of its own past its fields (the volume cache).
+template <size_t N> constexpr uint32_t fieldsEnd(const FieldDescriptor (&fields)[N]) {
+    uint32_t end = 0;
+    for (size_t i = 0; i < N; ++i) {
+        const uint32_t fieldEnd = fields[i].offset + fields[i].width;
+        if (fieldEnd > end) end = fieldEnd;
+    }
+    return end;
+}
+
 // ---- Mixing and switching (mixing.cpp) ---------------------------------------------------------
 
 extern const TypeDescriptor kBlendSidedMaterial;  // 2
@@ -50,3 +61,11 @@ extern const TypeDescriptor kBumpMaterial;            // 10
 extern const TypeDescriptor kNormalMapMaterial;       // 15
 extern const TypeDescriptor kDisplacementMapMaterial; // 22
 extern const TypeDescriptor kTriplanarMaterial;       // 26
+
+// ---- Physical (physical.cpp), uber (uber.cpp), media (volumetric.cpp) and hair (hair.cpp) -----
+
+extern const TypeDescriptor kPhysicalMaterial;   // 1
+extern const TypeDescriptor kUberMaterial;       // 4
+extern const TypeDescriptor kHairMaterial;       // 24
+extern const TypeDescriptor kVolumetricMaterial; // 25
+extern const TypeDescriptor kMieMaterial;        // 31

@@ -6,8 +6,10 @@ namespace {
 
 // One line per type table, added by the family files. The null entry ends the list.
 const TypeDescriptor* const kMaterialTypes[] = {
+    &kPhysicalMaterial,           // 1
     &kBlendSidedMaterial,         // 2
     &kTopBottomMaterial,          // 3
+    &kUberMaterial,               // 4
     &kLambertianEmissionMaterial, // 5
     &kIdealDiffuseMaterial,       // 6
     &kDiffuseMaterial,            // 7
@@ -26,10 +28,13 @@ const TypeDescriptor* const kMaterialTypes[] = {
     &kRoughCoatingMaterial,       // 21
     &kDisplacementMapMaterial,    // 22
     &kSubsurfaceMaterial,         // 23
+    &kHairMaterial,               // 24
+    &kVolumetricMaterial,         // 25
     &kTriplanarMaterial,          // 26
     &kMtlProxyMaterial,           // 28
     &kRaySwitchMaterial,          // 29
     &kThinFilmMaterial,           // 30
+    &kMieMaterial,                // 31
     &kStateSwitchMaterial,        // 32
     nullptr,
 };
