@@ -81,7 +81,7 @@ template <class T, class Reader> void readValue(uint8_t* at, Reader reader) {
 // is malformed or lies outside the record is passed by.
 bool fieldInside(const FieldDescriptor& field, size_t recordSize) {
     const uint32_t limit = recordSize > UINT32_MAX ? UINT32_MAX : static_cast<uint32_t>(recordSize);
-    return fieldFits(field, limit);
+    return fieldFits(field, limit) && fieldHasExtras(field);
 }
 
 } // namespace

@@ -134,8 +134,8 @@ constexpr uint32_t fixedWidth(FieldKind kind) {
 
 // ---- Compile-time checks -----------------------------------------------------------------------
 
-// A field is well formed when it has a key, its width suits its kind, its extras are there, and
-// it lies within `limit` bytes of the record.
+// A field is well formed when it has a key, its width suits its kind, and it lies within `limit`
+// bytes of the record.
 constexpr bool fieldFits(const FieldDescriptor& field, uint32_t limit) {
     if (!field.key || field.key[0] == '\0') return false;
     switch (field.kind) {
@@ -148,17 +148,20 @@ constexpr bool fieldFits(const FieldDescriptor& field, uint32_t limit) {
         if (field.segments == 0 || field.segments > kMaxSplineSegments) return false;
         if (field.width != field.segments * kSplineSegmentBytes) return false;
         break;
-    case FieldKind::Enum:
-        if (!field.words) return false;
-        break;
-    case FieldKind::Custom:
-        if (!field.custom || !field.custom->read || !field.custom->write) return false;
-        break;
     default:
         break;
     }
     if (fixedWidth(field.kind) != 0 && field.width != fixedWidth(field.kind)) return false;
     return field.offset <= limit && field.width <= limit - field.offset;
+}
+
+// Whether the extras that a kind needs are there: an enum's word table, a custom field's hooks.
+// Not a compile-time check, since under the sanitizers a pointer compared with null is no
+// constant expression; the interpreter asks it before each field.
+inline bool fieldHasExtras(const FieldDescriptor& field) {
+    if (field.kind == FieldKind::Enum) return field.words != nullptr;
+    if (field.kind == FieldKind::Custom) return field.custom && field.custom->read && field.custom->write;
+    return true;
 }
 
 template <size_t N> constexpr bool fieldsFit(const FieldDescriptor (&fields)[N], uint32_t limit) {

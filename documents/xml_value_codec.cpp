@@ -1,6 +1,7 @@
 #include "documents/xml_value_codec.h"
 
 #include "bridge/name_interface.h"
+#include "documents/xml_file.h"
 #include "common/unicode.h"
 
 #include <charconv>
@@ -122,9 +123,7 @@ bool XmlOpenDocument(pugi::xml_document& doc, const char16_t* path, const char* 
                      pugi::xml_node* root) {
     if (root) *root = pugi::xml_node();
     if (!path) return false;
-    const std::string narrowPath = utf16ToUtf8(path);
-    const pugi::xml_parse_result result = doc.load_file(narrowPath.c_str());
-    if (!result) {
+    if (!loadXmlFile(doc, path)) {
         doc.reset();
         return false;
     }

@@ -55,6 +55,37 @@ TEST(OpenDocument, LoadsFindsTheRootExactlyOrFails) {
     EXPECT_FALSE(XmlOpenDocument(doc, nullptr, "TaviMaterial", &root));
 }
 
+// The documents' writer puts out keys such as "3D" as element names; they must read back in
+// every encoding, while the same text inside comments, sections and attribute values is kept.
+TEST(OpenDocument, ElementNamesBeginningWithADigitReadBack) {
+    TempFolder folder;
+    const std::string body = "<TaviTexMap a='<3x>' b=\"'>\"><!-- <4D> --><3D value='1'/><![CDATA[<5D>]]>"
+                             "<Deep><7Up>text</7Up></Deep></TaviTexMap>";
+    std::string utf16Be;
+    for (char c : utf16LeWithBom(body)) utf16Be.push_back(c);
+    for (size_t i = 0; i + 1 < utf16Be.size(); i += 2) std::swap(utf16Be[i], utf16Be[i + 1]);
+    struct Case {
+        const char* name;
+        std::string bytes;
+    } cases[] = {
+        {"utf8.xml", body},
+        {"utf16le.xml", utf16LeWithBom(body)},
+        {"utf16be.xml", utf16Be},
+        {"utf16le-nobom.xml", utf16LeWithBom(body).substr(2)},
+    };
+    for (const Case& c : cases) {
+        pugi::xml_document doc;
+        pugi::xml_node root;
+        ASSERT_TRUE(XmlOpenDocument(doc, folder.write(c.name, c.bytes).c_str(), "TaviTexMap", &root)) << c.name;
+        EXPECT_STREQ(root.child("3D").attribute("value").value(), "1") << c.name;
+        EXPECT_STREQ(root.child("Deep").child("7Up").text().get(), "text") << c.name;
+        EXPECT_STREQ(root.attribute("a").value(), "<3x>") << c.name;
+        EXPECT_STREQ(root.attribute("b").value(), "'>") << c.name;
+        EXPECT_STREQ(root.first_child().name(), "3D") << c.name;
+        EXPECT_STREQ(root.child("Deep").previous_sibling().value(), "<5D>") << c.name;
+    }
+}
+
 TEST(OpenDocument, TakesPathsBeyondAscii) {
     TempFolder folder;
     const std::u16string path = folder.write("Stahl-\xC3\xBC-\xE6\x9D\x90.xml", "<TaviTexMap type='SUN'/>");

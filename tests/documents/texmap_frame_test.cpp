@@ -264,6 +264,7 @@ void checkRegistry(const TypeDescriptor* const* all, Find find, const char* cons
         size_t references = 0;
         for (size_t i = 0; i < table.fieldCount; ++i) {
             const FieldKind kind = table.fields[i].kind;
+            EXPECT_TRUE(fieldHasExtras(table.fields[i])) << table.fields[i].key;
             const bool reference = kind == FieldKind::TexMapRef || kind == FieldKind::MaterialRef ||
                                    kind == FieldKind::TextureRef;
             if (reference && !(table.fields[i].flags & kFieldReadOnly)) ++references;
