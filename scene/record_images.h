@@ -18,22 +18,44 @@ constexpr uint32_t kMaterialTypes = 33; // 1 to 32
 constexpr uint32_t kCameraTypes = 6;    // 1 to 5
 constexpr uint32_t kLightTypes = 10;    // 1 to 9
 
-// Every texmap type has the full record as its image, for now; type 16 is no texmap type.
+// Each texmap type's image ends with its last field; 0 and 16 are no texmap types.
 constexpr std::array<uint32_t, kTexMapTypes> texMapImages() {
-    std::array<uint32_t, kTexMapTypes> table{};
-    for (uint32_t type = 1; type < kTexMapTypes; ++type)
-        table[type] = sizeof(TexMapRecord);
-    table[16] = 0;
-    return table;
+    return {
+        0,      // 0
+        0x5BC,  // 1 IMAGE
+        0x114,  // 2 SIMPLEIMAGE
+        0x139,  // 3 BLEND
+        0x137,  // 4 MATH
+        0x16A4, // 5 COLORCORRECTION, the longest
+        0x150,  // 6 MATHBLEND
+        0x70C,  // 7 COMPOSITE
+        0x636,  // 8 NOISE
+        0x52C,  // 9 OUTPUT
+        0x12C,  // 10 RGB_MULTIPLY
+        0x13C,  // 11 RGB_TINT
+        0x1BC,  // 12 SHUFFLE
+        0x5FF,  // 13 COLOR
+        0x75D,  // 14 GRADIENT
+        0x622,  // 15 TRIPLANAR
+        0,      // 16
+        0x661,  // 17 SELECTMAP
+        0x6EE,  // 18 OCEANSURFACE
+        0x10D,  // 19 CACHE
+        0x16C,  // 20 RAYSWITCH
+        0x14A,  // 21 WIREFRAME
+        0x98F,  // 22 AO
+        0x140,  // 23 NORMALMAP
+        0x6D3,  // 24 FALLOFF
+        0x114,  // 25 UVWSET
+        0x125,  // 26 RETILE
+        0x17C,  // 27 SUN
+    };
 }
 
-// Every material type has the full record as its image, for now, except the volumetric type,
-// whose image ends where its cache slot begins. Types 9 and 27 have no fields and no image.
+// Each material type's image ends with its last field; the volumetric type's ends where its
+// cache slot begins. Types 9 and 27 have no fields and no image.
 constexpr std::array<uint32_t, kMaterialTypes> materialImages() {
     std::array<uint32_t, kMaterialTypes> table{};
-    for (uint32_t type = 1; type < kMaterialTypes; ++type)
-        table[type] = sizeof(MaterialRecord);
-    table[9] = table[27] = 0;
     table[kVolumeMaterialType] = kVolumeCacheOffset;
     table[1] = 6201;  // PHYSICAL
     table[2] = 408;   // BLEND_SIDED
