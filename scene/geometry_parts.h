@@ -1,0 +1,101 @@
+// What the three geometry readers share: the walk over a run of chunks that makes one model,
+// the checks of offsets against a body, names with their hashes, key tracks, and the budget
+// that keeps a small body from asking for unbounded array memory.
+#pragma once
+#include "scene/byte_span.h"
+#include "scene/chunk_scan.h"
+#include "scene/records.h"
+
+#include <cstdint>
+
+namespace geometry_parts {
+
+// Array memory one model may take. Legitimate arrays are copies of body bytes, widened at
+// most twelvefold (a 12-byte point becomes a 144-byte element), so sixteen times the bodies
+// leaves room; the base allowance covers arrays that have no bytes in the body at all, such
+// as zeroed point arrays. Slices that share their source bytes, or counts with no data
+// behind them, cannot make memory grow beyond this.
+class ArrayBudget {
+  public:
+    static constexpr uint64_t kBaseAllowance = uint64_t(64) << 20;
+    static constexpr uint64_t kBodyFactor = 16;
+
+    void grant(uint64_t bodyBytes) { remaining += bodyBytes * kBodyFactor; }
+    bool take(uint64_t bytes) {
+        if (bytes > remaining) return false;
+        remaining -= bytes;
+        return true;
+    }
+
+  private:
+    uint64_t remaining = kBaseAllowance;
+};
+
+// True when [base + offset, base + offset + length) lies inside the body. No sum can wrap.
+inline bool spans(ByteSpan body, uint64_t base, uint64_t offset, uint64_t length) {
+    return base <= body.size && offset <= body.size - base && length <= body.size - base - offset;
+}
+
+// The 128-byte narrow field at `offset` as wide text of at most 64 characters; false when
+// it does not fit.
+bool convertName(char16_t* dest, ByteSpan body, uint64_t offset);
+// MurmurHash3 x86 32, seed 0, of the field's narrow bytes up to its terminator.
+uint32_t hashName(ByteSpan body, uint64_t offset);
+
+// Builds `count` keys from their 36-byte form at `offset`. The keys must lie in the body
+// (SceneInvalid); a track the pool cannot hold is SceneOutOfMemory. `keys` and `keyCount`
+// are set together, so a part never claims keys it does not have.
+SceneStatus buildKeys(TrackKey*& keys, uint32_t& keyCount, ByteSpan body, uint64_t offset, uint32_t count);
+
+// Sets `status` unless a failure came first.
+inline void fail(SceneFileReader& reader, SceneStatus status) {
+    if (reader.status == SceneOk) reader.status = status;
+}
+
+// Reads one model: the run of `chunkType` chunks that starts at the next chunk of the type
+// and lasts while each part says that more follow. `build(body, budget)` makes one part from
+// a body and returns it, or null when nothing could be made; it reports failures through
+// reader.status. The part is linked even when it failed halfway, so the caller can release
+// what was built. `morePartsField` is the body offset of the part's follow flag.
+template <class Part, class Build>
+SceneStatus readModelRun(SceneFileReader& reader, uint32_t chunkType, uint64_t morePartsField, Part*& head,
+                         uint64_t& offset, Build build) {
+    if (reader.status == SceneEndOfChunks) reader.status = SceneOk;
+    head = nullptr;
+    Part* previous = nullptr;
+    bool seenOne = false;
+    ArrayBudget budget;
+    while (reader.status == SceneOk) {
+        if (reader.nextChunk(offset) != SceneOk) break;
+        offset = reader.chunk.nextChunkOffset;
+        if (reader.chunk.chunkType != chunkType) {
+            // The run ends at the first chunk of another type once it has begun.
+            if (seenOne) break;
+        } else {
+            seenOne = true;
+            // Chunks of another layout version are passed over, not refused: a model may
+            // carry parts that this reader doesn't know among those it does.
+            if (reader.chunk.chunkVersion == kRecordChunkVersion) {
+                ChunkBody body;
+                bool morePartsFollow = false;
+                if (body.fetch(reader) == SceneOk) {
+                    budget.grant(body.bytes().size);
+                    Part* part = build(body.bytes(), budget);
+                    if (part) {
+                        if (previous) previous->next = part;
+                        if (!head) head = part;
+                        previous = part;
+                    }
+                    morePartsFollow = body.bytes().i32(morePartsField) != 0;
+                }
+                if (!morePartsFollow) break;
+            }
+        }
+        if (offset == 0 || offset >= reader.fileSize) break;
+    }
+    if (head && reader.status == SceneEndOfChunks) reader.status = SceneOk;
+    if (reader.status == SceneOk && !head) reader.status = SceneEndOfChunks;
+    return reader.status;
+}
+
+} // namespace geometry_parts
