@@ -2,6 +2,7 @@
 
 #include "client/file_renderer.h"
 #include "client/load_messages.h"
+#include "client/sweep.h"
 #include "common/hash.h"
 #include "common/wide_format.h"
 #include "documents/camera_document.h"
@@ -11,19 +12,6 @@
 #include <cstring>
 
 namespace {
-
-// Walks every chunk that `readOne` takes along the chain. The end of the chain is the normal
-// end of a sweep; `readOne` answers false to stop the sweep early.
-template <class ReadOne>
-SceneStatus sweep(ReadOne readOne) {
-    uint64_t offset = 0;
-    for (;;) {
-        SceneStatus status = SceneOk;
-        bool goOn = readOne(offset, status);
-        if (status == SceneEndOfChunks) return SceneOk;
-        if (status != SceneOk || !goOn || offset == 0) return status;
-    }
-}
 
 uint64_t idKey(int32_t id) { return static_cast<uint64_t>(static_cast<int64_t>(id)); }
 
@@ -277,6 +265,7 @@ SceneStatus SceneLoad::run() {
     applyCommandLine();
     TAVI_SWEEP(registerCameras());
     TAVI_SWEEP(registerLights());
+    TAVI_SWEEP(registerGeometry());
 
     renderer.resolving = true;
     if (settings.StartingVolumetricMaterial != -1) renderer.GetMaterialName(settings.StartingVolumetricMaterial);
@@ -292,6 +281,7 @@ SceneStatus SceneLoad::run() {
     TAVI_SWEEP(handOverCameras());
     TAVI_SWEEP(handOverLights());
     renderer.raiseStatus(tracer->endLights());
+    TAVI_SWEEP(handOverGeometry());
     renderer.raiseStatus(tracer->endGeometry());
     renderer.raiseStatus(tracer->endScene(&renderer));
     return SceneOk;

@@ -41,6 +41,13 @@ class SceneLoad {
     SceneStatus handOverCameras();
     SceneStatus handOverLights();
     void lookUpTexMap(int32_t id);
+    SceneStatus registerGeometry();
+    SceneStatus handOverGeometry();
+    template <class Mesh>
+    SceneStatus registerModels();
+    template <class Mesh>
+    SceneStatus handOverModels();
+    void nameModel(const char16_t* name, void*& modelNode);
     void stop(int32_t level) {
         stopped = true;
         raiseLevel(level);

@@ -3,6 +3,8 @@
 #include "bridge/tracer.h"
 #include "common/unicode.h"
 #include "engines/recording/recording_script.h"
+#include "scene/fur_sprite_objects.h"
+#include "scene/geometry_objects.h"
 #include "scene/records.h"
 #include "scene/temp_objects.h"
 
@@ -11,6 +13,7 @@
 #include <fstream>
 #include <sstream>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -52,6 +55,63 @@ const SettingsField kSettingsFields[] = {
     {"flag8BA0", 0x8BA0, 0},         {"CachePath", 0x9234, 384},     {"StartingVolumetricMaterial", 0x9844, 0},
 };
 
+std::string formatFloats(const float* values, int count) {
+    std::ostringstream out;
+    for (int i = 0; i < count; ++i) out << (i ? "," : "") << values[i];
+    return out.str();
+}
+
+// One model as the engine received it: its parts, their sizes, and the distinct material words
+// of its elements in the order they first appear.
+struct ModelLine {
+    std::vector<std::string> names;
+    std::vector<std::string> counts;
+    std::vector<uint32_t> materials;
+    std::string firstPosition;
+
+    void addPart(const char16_t* name, int32_t count) {
+        names.push_back(textAt(name, 0, kNameChars));
+        counts.push_back(std::to_string(count));
+    }
+    void addMaterial(uint32_t word) {
+        for (uint32_t seen : materials)
+            if (seen == word) return;
+        materials.push_back(word);
+    }
+    std::string text(const char* countKey) const {
+        std::ostringstream out;
+        out << "parts=" << names.size() << " names=" << join(names) << ' ' << countKey << '=' << join(counts)
+            << " materials=";
+        for (size_t i = 0; i < materials.size(); ++i) out << (i ? "," : "") << materials[i];
+        if (!firstPosition.empty()) out << " firstPosition=" << firstPosition;
+        return out.str();
+    }
+    static std::string join(const std::vector<std::string>& parts) {
+        std::string out;
+        for (size_t i = 0; i < parts.size(); ++i) out += (i ? "," : "") + parts[i];
+        return out;
+    }
+};
+
+// The grid of a volumetric material's cache and which of its channels are present.
+std::string volumeCache(const MaterialRecord& material) {
+    if (material.type != kVolumeMaterialType) return "";
+    IPhxCache* cache;
+    std::memcpy(&cache, reinterpret_cast<const uint8_t*>(&material) + kVolumeCacheOffset, sizeof cache);
+    if (!cache) return " cache=none";
+    uint32_t grid[3];
+    cache->GetGridSize(grid);
+    std::ostringstream out;
+    out << " cache=" << grid[0] << "x" << grid[1] << "x" << grid[2] << " channels=";
+    bool first = true;
+    for (int32_t channel = 0; channel < 26; ++channel)
+        if (cache->HasChannel(channel)) {
+            out << (first ? "" : ",") << channel;
+            first = false;
+        }
+    return out.str();
+}
+
 class RecordingEngine final : public ITaviTracer {
   public:
     int32_t initialise(const char16_t* libraryPath) override {
@@ -81,7 +141,7 @@ class RecordingEngine final : public ITaviTracer {
         return record("addTextureFolder", "path=" + wide(folder));
     }
     int32_t addMaterial(MaterialRecord* material) override {
-        return record("addMaterial", header(material, 12));
+        return record("addMaterial", header(material, 12) + volumeCache(*material));
     }
     int32_t addTexMap(TexMapRecord* texmap) override { return record("addTexMap", header(texmap, 8)); }
     int32_t addTextureData(TextureDataRecord* texture, ITaviRenderCallback*) override {
@@ -97,11 +157,40 @@ class RecordingEngine final : public ITaviTracer {
                                             textAt(texture->path, 0, kPathChars));
     }
     int32_t endLights() override { return record("endLights", ""); }
-    int32_t addTriangleMeshes(bridgeTriangleMesh*, ITaviRenderCallback*) override {
-        return record("addTriangleMeshes", "");
+    int32_t addTriangleMeshes(bridgeTriangleMesh* head, ITaviRenderCallback*) override {
+        ModelLine line;
+        for (auto* part = static_cast<TRDF_Load::TriangleMesh*>(head); part; part = part->next) {
+            const TRDF_Load::StaticSliceT* slice = part->staticSlice;
+            line.addPart(part->name, slice ? slice->triangleCount : 0);
+            if (slice && slice->triangleQuads)
+                for (int32_t i = 0; i < slice->triangleCount; ++i) line.addMaterial(slice->triangleQuads[i].materialId);
+            if (part->timeSlices && part->timeSlices->positions && line.firstPosition.empty()) {
+                const float* p = part->timeSlices->positions;
+                line.firstPosition = formatFloats(p, 4);
+            }
+        }
+        return record("addTriangleMeshes", line.text("triangles"));
     }
-    int32_t addFur(bridgeFurMesh*, ITaviRenderCallback*) override { return record("addFur", ""); }
-    int32_t addSprites(bridgeSprMesh*, ITaviRenderCallback*) override { return record("addSprites", ""); }
+    int32_t addFur(bridgeFurMesh* head, ITaviRenderCallback*) override {
+        ModelLine line;
+        for (auto* part = static_cast<TRDF_Load::FurMesh*>(head); part; part = part->next) {
+            line.addPart(part->name, part->elementCount);
+            for (auto* slice = part->timeSlices; slice; slice = slice->next)
+                if (slice->elements)
+                    for (int32_t i = 0; i < part->elementCount; ++i) line.addMaterial(slice->elements[i].materialWord);
+        }
+        return record("addFur", line.text("elements"));
+    }
+    int32_t addSprites(bridgeSprMesh* head, ITaviRenderCallback*) override {
+        ModelLine line;
+        for (auto* part = static_cast<TRDF_Load::SprMesh*>(head); part; part = part->next) {
+            line.addPart(part->name, part->elementCount);
+            for (auto* slice = part->timeSlices; slice; slice = slice->next)
+                if (slice->elements)
+                    for (int32_t i = 0; i < part->elementCount; ++i) line.addMaterial(slice->elements[i].materialId);
+        }
+        return record("addSprites", line.text("elements"));
+    }
     int32_t endScene(ITaviRenderCallback*) override { return record("endScene", ""); }
     int32_t reserved17() override { return record("reserved17", ""); }
     int32_t reserved18() override { return record("reserved18", ""); }

@@ -1,0 +1,91 @@
+// Items reach the engine when something asks for their name: dependents first, each once,
+// with documents from the folders replacing what the scene says.
+#include "tests/client/test_scene.h"
+#include "tools/scene_writer/geometry_builders.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+namespace {
+
+constexpr size_t kFirstField = 268; // where a material type's own fields begin
+
+std::vector<std::string> assetCalls(const std::vector<std::string>& log) {
+    std::vector<std::string> calls;
+    for (const std::string& line : log)
+        if (line.rfind("addMaterial ", 0) == 0 || line.rfind("addTexMap ", 0) == 0) calls.push_back(line);
+    return calls;
+}
+
+sw::Bytes twoSided(int32_t id, const std::string& name, int32_t front, int32_t back) {
+    sw::Bytes body = sw::materialBody(16, id, 0, name);
+    sw::put32(body, kFirstField, static_cast<uint32_t>(front));
+    sw::put32(body, kFirstField + 4, static_cast<uint32_t>(back));
+    return body;
+}
+
+// A mesh of two triangles that both use `material`.
+void addMesh(TestScene& scene, uint32_t material) {
+    sw::MeshSpec mesh = sw::gridMesh("mesh", 1, 1);
+    for (size_t i = 0; i < 2; ++i) sw::put32(mesh.triangleQuads, 16 * i + 12, material);
+    scene.add(sw::kTriangleMesh, sw::meshBody(mesh));
+}
+
+TEST(RegistryLoad, MaterialsNamingEachOtherAreReportedAndStillAdded) {
+    ClientSandbox sandbox(recordingEnginePath());
+    TestScene scene;
+    scene.add(sw::kMaterial, twoSided(1, "outer", 2, -1));
+    scene.add(sw::kMaterial, twoSided(2, "inner", 1, -1));
+    addMesh(scene, 1);
+    ClientRun run = sandbox.run({"-scene", scene.write(sandbox)});
+    EXPECT_EQ(run.exitStatus, 255);
+    EXPECT_TRUE(contains(run.output, "Error: material outer recurrently referenced by itself.\n"
+                                     "Rendering not started because of errors or warnings.\n"))
+        << run.output;
+    EXPECT_TRUE(contains(run.output, "The errors and problems:\n\nError: material outer recurrently referenced by "
+                                     "itself.\n"));
+    EXPECT_EQ(assetCalls(sandbox.engineLog()),
+              (std::vector<std::string>{"addMaterial type=16 id=2 name=\"inner\"",
+                                        "addMaterial type=16 id=1 name=\"outer\""}));
+}
+
+TEST(RegistryLoad, AFolderDocumentReplacesTheSceneMaterialButKeepsItsId) {
+    ClientSandbox sandbox(recordingEnginePath());
+    std::filesystem::create_directories(sandbox.path("materials"));
+    sandbox.writeFile("materials/steel.xml",
+                      "<TaviMaterial type=\"DIFFUSE\"><Common><Name value=\"steel\"/><AovID value=\"3\"/></Common>"
+                      "<SpecificParameters><FrontMap name=\"rust\"/></SpecificParameters></TaviMaterial>");
+    TestScene scene;
+    scene.add(sw::kMaterial, twoSided(4, "steel", -1, -1));
+    scene.add(sw::kMaterial, twoSided(5, "unused", -1, -1));
+    addMesh(scene, 4);
+    ClientRun run = sandbox.run({"-scene", scene.write(sandbox), "-materials", sandbox.path("materials")});
+    EXPECT_EQ(run.exitStatus, 0) << run.output;
+    // The texture map named by the document did not exist: it was made with the next free id,
+    // as a record without a type, and goes to the engine before the material.
+    EXPECT_EQ(assetCalls(sandbox.engineLog()),
+              (std::vector<std::string>{"addTexMap type=0 id=0 name=\"rust\"",
+                                        "addMaterial type=7 id=4 name=\"steel\""}));
+}
+
+TEST(RegistryLoad, ALongNameIsStoredCutAndMakesARecordPerLookUp) {
+    ClientSandbox sandbox(recordingEnginePath());
+    const std::string longName(70, 'x');
+    std::filesystem::create_directories(sandbox.path("materials"));
+    sandbox.writeFile("materials/paint.xml", "<TaviMaterial type=\"DIFFUSE\"><Common><Name value=\"paint\"/></Common>"
+                                             "<SpecificParameters><FrontMap name=\"" + longName +
+                                                 "\"/><BackMap name=\"" + longName +
+                                                 "\"/></SpecificParameters></TaviMaterial>");
+    TestScene scene;
+    scene.add(sw::kMaterial, twoSided(1, "paint", -1, -1));
+    addMesh(scene, 1);
+    ClientRun run = sandbox.run({"-scene", scene.write(sandbox), "-materials", sandbox.path("materials")});
+    EXPECT_EQ(run.exitStatus, 0) << run.output;
+    const std::string cut = "\"" + std::string(63, 'x') + "\"";
+    EXPECT_EQ(assetCalls(sandbox.engineLog()),
+              (std::vector<std::string>{"addTexMap type=0 id=0 name=" + cut, "addTexMap type=0 id=1 name=" + cut,
+                                        "addMaterial type=7 id=1 name=\"paint\""}));
+}
+
+} // namespace
