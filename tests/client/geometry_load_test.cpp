@@ -12,8 +12,8 @@ sw::Bytes joined(sw::Bytes a, const sw::Bytes& b) {
     return a;
 }
 
-sw::CloudSliceSpec sliceOf(sw::Bytes elements) {
-    sw::CloudSliceSpec slice;
+sw::CloudSlicePlan sliceOf(sw::Bytes elements) {
+    sw::CloudSlicePlan slice;
     slice.elements = std::move(elements);
     return slice;
 }
@@ -26,7 +26,7 @@ std::vector<std::string> linesOf(const std::vector<std::string>& log, const std:
 }
 
 // Sets the material id of each triangle of a grid mesh.
-void setTriangleMaterials(sw::MeshSpec& mesh, const std::vector<uint32_t>& ids) {
+void setTriangleMaterials(sw::MeshPlan& mesh, const std::vector<uint32_t>& ids) {
     ASSERT_EQ(mesh.triangleQuads.size(), ids.size() * 16);
     for (size_t i = 0; i < ids.size(); ++i) sw::put32(mesh.triangleQuads, 16 * i + 12, ids[i]);
 }
@@ -35,12 +35,12 @@ TEST(GeometryLoad, ModelsAreRunsOfPartsAndPullTheirMaterialsFirst) {
     ClientSandbox sandbox(recordingEnginePath());
     TestScene scene;
     for (int32_t id : {1, 2, 3, 4}) scene.add(sw::kMaterial, sw::materialBody(7, id, 0, "m" + std::to_string(id)));
-    sw::MeshSpec first = sw::gridMesh("hull", 2, 1);
+    sw::MeshPlan first = sw::gridMesh("hull", 2, 1);
     setTriangleMaterials(first, {2, 2, 1, 1});
     first.morePartsFollow = true;
-    sw::MeshSpec second = sw::gridMesh("hull part", 1, 1);
+    sw::MeshPlan second = sw::gridMesh("hull part", 1, 1);
     setTriangleMaterials(second, {1, 1});
-    sw::MeshSpec third = sw::gridMesh("mast", 1, 1);
+    sw::MeshPlan third = sw::gridMesh("mast", 1, 1);
     setTriangleMaterials(third, {3, 2});
     scene.add(sw::kTriangleMesh, sw::meshBody(first));
     scene.add(sw::kTriangleMesh, sw::meshBody(second));
@@ -68,14 +68,14 @@ TEST(GeometryLoad, FurAsksForTheLowBitsAndSpritesForTheWholeWord) {
     ClientSandbox sandbox(recordingEnginePath());
     TestScene scene;
     for (int32_t id : {5, 6, 7}) scene.add(sw::kMaterial, sw::materialBody(7, id, 0, "m" + std::to_string(id)));
-    sw::CloudSpec fur;
+    sw::CloudPlan fur;
     fur.name = "grass";
     fur.elementCount = 2;
     // Each slice starts afresh: the second slice asks for 5 again only because it changed from -1.
     fur.timeSlices.push_back(sliceOf(joined(sw::furElement(1, 0xAB000005u), sw::furElement(2, 0x00000005u))));
     fur.timeSlices.push_back(sliceOf(joined(sw::furElement(3, 0x01000006u), sw::furElement(4, 0x7F000005u))));
     scene.add(sw::kFur, sw::furBody(fur));
-    sw::CloudSpec sprites;
+    sw::CloudPlan sprites;
     sprites.name = "sparks";
     sprites.elementCount = 2;
     sprites.timeSlices.push_back(sliceOf(joined(sw::spriteElement(1, 7), sw::spriteElement(2, 7))));
@@ -101,7 +101,7 @@ TEST(GeometryLoad, AVolumeMaterialCarriesItsCacheToTheEngine) {
     sw::Bytes volume = sw::materialBody(25, 9, 0, "smoke");
     volume[sw::kVolumeFlag] = 1;
     scene.add(sw::kMaterial, volume);
-    sw::PhxDataSpec cache;
+    sw::PhxDataPlan cache;
     cache.gridX = 8;
     cache.gridY = 4;
     cache.gridZ = 2;
@@ -109,7 +109,7 @@ TEST(GeometryLoad, AVolumeMaterialCarriesItsCacheToTheEngine) {
     cache.channelOffsets[3] = 64;
     cache.channelData = sw::Bytes(128, 0);
     scene.add(sw::kPhxData, sw::phxDataBody(cache));
-    sw::MeshSpec box = sw::gridMesh("box", 1, 1);
+    sw::MeshPlan box = sw::gridMesh("box", 1, 1);
     setTriangleMaterials(box, {9, 9});
     scene.add(sw::kTriangleMesh, sw::meshBody(box));
     ClientRun run = sandbox.run({"-scene", scene.write(sandbox)});

@@ -27,7 +27,7 @@ sw::Bytes twoSided(int32_t id, const std::string& name, int32_t front, int32_t b
 
 // A mesh of two triangles that both use `material`.
 void addMesh(TestScene& scene, uint32_t material) {
-    sw::MeshSpec mesh = sw::gridMesh("mesh", 1, 1);
+    sw::MeshPlan mesh = sw::gridMesh("mesh", 1, 1);
     for (size_t i = 0; i < 2; ++i) sw::put32(mesh.triangleQuads, 16 * i + 12, material);
     scene.add(sw::kTriangleMesh, sw::meshBody(mesh));
 }

@@ -32,7 +32,7 @@ struct TestScene {
         sw::put32(camera, offsetof(CameraRecord, DistortionMap), static_cast<uint32_t>(distortionMap));
         sw::put32(camera, offsetof(CameraRecord, ApertureMap), static_cast<uint32_t>(-1));
         add(sw::kCamera, camera);
-        sw::CameraPathSpec path;
+        sw::CameraPathPlan path;
         path.role = role;
         add(sw::kCameraPath, sw::cameraPathBody(path));
     }

@@ -29,51 +29,51 @@ std::vector<float> floats(size_t count, float start) {
 }
 
 // Every field and every array of a part set to something that tells where it came from.
-MeshSpec fullSpec() {
-    MeshSpec spec;
-    spec.name = "Teapot";
-    spec.secondName = "lid";
-    spec.keys = {FileKey{1, 2, 3, 4, 5, 6, 7, 8, 9}, FileKey{11, 12, 13, 14, 15, 16, 17, 18, 19}};
-    spec.word36 = 0x2C2C2C2C;
-    spec.word48 = -7;
-    spec.word52 = 0x34;
-    spec.word56 = -9;
-    spec.word60 = 0x3C;
-    spec.word64 = 0x40;
-    spec.word68 = 0x44;
-    spec.floats72 = {0.5f, 1.5f, 2.5f, -1.0f, -2.0f, -3.0f};
-    for (size_t i = 0; i < spec.block96.size(); ++i)
-        spec.block96[i] = static_cast<uint8_t>(0x80 + i);
-    spec.word144 = 0x98989898;
+MeshPlan fullPlan() {
+    MeshPlan plan;
+    plan.name = "Teapot";
+    plan.secondName = "lid";
+    plan.keys = {FileKey{1, 2, 3, 4, 5, 6, 7, 8, 9}, FileKey{11, 12, 13, 14, 15, 16, 17, 18, 19}};
+    plan.word36 = 0x2C2C2C2C;
+    plan.word48 = -7;
+    plan.word52 = 0x34;
+    plan.word56 = -9;
+    plan.word60 = 0x3C;
+    plan.word64 = 0x40;
+    plan.word68 = 0x44;
+    plan.floats72 = {0.5f, 1.5f, 2.5f, -1.0f, -2.0f, -3.0f};
+    for (size_t i = 0; i < plan.block96.size(); ++i)
+        plan.block96[i] = static_cast<uint8_t>(0x80 + i);
+    plan.word144 = 0x98989898;
 
-    spec.vertexCount = 4;
-    spec.pointCount = 2;
-    spec.triangleCount = 3;
-    spec.pointExtraCount = 2;
-    spec.vectorCount = 5;
-    spec.pairCount = 2;
-    spec.triangleTriples = patterned(3 * 12, 1);
-    spec.triangleQuads = patterned(3 * 16, 2);
+    plan.vertexCount = 4;
+    plan.pointCount = 2;
+    plan.triangleCount = 3;
+    plan.pointExtraCount = 2;
+    plan.vectorCount = 5;
+    plan.pairCount = 2;
+    plan.triangleTriples = patterned(3 * 12, 1);
+    plan.triangleQuads = patterned(3 * 16, 2);
     for (uint32_t t = 0; t < 3; ++t)
-        put32(spec.triangleQuads, 16 * t + 12, t < 2 ? 7 : 9);
-    spec.vectorTable = patterned(5 * 12, 3);
-    spec.pairTable = patterned(2 * 8, 4);
-    spec.triangleBits = patterned(4, 5);
-    spec.triangleWords = patterned(3 * 4, 6);
-    spec.cornerBits = patterned(4, 7);
+        put32(plan.triangleQuads, 16 * t + 12, t < 2 ? 7 : 9);
+    plan.vectorTable = patterned(5 * 12, 3);
+    plan.pairTable = patterned(2 * 8, 4);
+    plan.triangleBits = patterned(4, 5);
+    plan.triangleWords = patterned(3 * 4, 6);
+    plan.cornerBits = patterned(4, 7);
 
-    MeshSliceSpec first;
+    MeshSlicePlan first;
     first.paramA = 1;
     first.paramB = -2;
     first.positions = floats(4 * 3, 10.0f);
     first.points = floats(2 * 3, 20.0f);
     first.pointExtras = patterned(2 * 2 * 16, 8);
-    MeshSliceSpec second;
+    MeshSlicePlan second;
     second.paramA = 3;
     second.paramB = 4;
     second.positions = floats(4 * 3, 30.0f);
-    spec.timeSlices = {first, second};
-    return spec;
+    plan.timeSlices = {first, second};
+    return plan;
 }
 
 void expectBytes(const void* array, const Bytes& expected) {
@@ -108,8 +108,8 @@ struct ReadMesh {
 TEST(MeshReader, HeaderNamesHashesAndKeys) {
     for (bool packed : {false, true}) {
         SCOPED_TRACE(packed);
-        const MeshSpec spec = fullSpec();
-        ReadMesh read(meshBody(spec), packed);
+        const MeshPlan plan = fullPlan();
+        ReadMesh read(meshBody(plan), packed);
         ASSERT_EQ(read.status, SceneOk);
         const TriangleMesh* mesh = read.chain.head;
         ASSERT_NE(mesh, nullptr);
@@ -124,8 +124,8 @@ TEST(MeshReader, HeaderNamesHashesAndKeys) {
                      {0x98, 0x98989898}};
         for (const auto& w : words)
             EXPECT_EQ(wordAt(mesh, w.objectOffset), w.value) << std::hex << w.objectOffset;
-        EXPECT_EQ(std::memcmp(mesh->floats50, spec.floats72.data(), sizeof mesh->floats50), 0);
-        EXPECT_EQ(std::memcmp(mesh->block68, spec.block96.data(), sizeof mesh->block68), 0);
+        EXPECT_EQ(std::memcmp(mesh->floats50, plan.floats72.data(), sizeof mesh->floats50), 0);
+        EXPECT_EQ(std::memcmp(mesh->block68, plan.block96.data(), sizeof mesh->block68), 0);
 
         EXPECT_EQ(wideText(mesh->name, kNameChars), u"Teapot");
         EXPECT_EQ(wideText(mesh->secondName, kNameChars), u"lid");
@@ -136,14 +136,14 @@ TEST(MeshReader, HeaderNamesHashesAndKeys) {
         EXPECT_EQ(trackLength(mesh->keys), 2u);
         for (size_t k = 0; k < 2; ++k) {
             for (size_t w = 0; w < 9; ++w)
-                EXPECT_EQ(mesh->keys[k].words[kTrackKeyMemoryOffsets[w] / 4], spec.keys[k][w]) << k << " " << w;
+                EXPECT_EQ(mesh->keys[k].words[kTrackKeyMemoryOffsets[w] / 4], plan.keys[k][w]) << k << " " << w;
         }
     }
 }
 
 TEST(MeshReader, StaticSliceCountsAndArrays) {
-    const MeshSpec spec = fullSpec();
-    ReadMesh read(meshBody(spec));
+    const MeshPlan plan = fullPlan();
+    ReadMesh read(meshBody(plan));
     ASSERT_EQ(read.status, SceneOk);
     const StaticSliceT* slice = read.chain.head->staticSlice;
     ASSERT_NE(slice, nullptr);
@@ -155,32 +155,32 @@ TEST(MeshReader, StaticSliceCountsAndArrays) {
     for (const auto& c : counts)
         EXPECT_EQ(wordAt(slice, c.objectOffset), uint32_t(c.value)) << std::hex << c.objectOffset;
 
-    expectBytes(slice->triangleTriples, spec.triangleTriples);
-    expectBytes(slice->triangleQuads, spec.triangleQuads);
-    expectBytes(slice->vectorTable, spec.vectorTable);
-    expectBytes(slice->pairTable, spec.pairTable);
-    expectBytes(slice->triangleBits, spec.triangleBits);
-    expectBytes(slice->triangleWords, spec.triangleWords);
-    expectBytes(slice->cornerBits, spec.cornerBits);
+    expectBytes(slice->triangleTriples, plan.triangleTriples);
+    expectBytes(slice->triangleQuads, plan.triangleQuads);
+    expectBytes(slice->vectorTable, plan.vectorTable);
+    expectBytes(slice->pairTable, plan.pairTable);
+    expectBytes(slice->triangleBits, plan.triangleBits);
+    expectBytes(slice->triangleWords, plan.triangleWords);
+    expectBytes(slice->cornerBits, plan.cornerBits);
     EXPECT_EQ(slice->triangleQuads[0].materialId, 7u);
     EXPECT_EQ(slice->triangleQuads[1].materialId, 7u);
     EXPECT_EQ(slice->triangleQuads[2].materialId, 9u);
 }
 
 TEST(MeshReader, TimeSlicesWidenPositionsAndPoints) {
-    const MeshSpec spec = fullSpec();
-    ReadMesh read(meshBody(spec));
+    const MeshPlan plan = fullPlan();
+    ReadMesh read(meshBody(plan));
     ASSERT_EQ(read.status, SceneOk);
     const TimeSliceT* first = read.chain.head->timeSlices;
     ASSERT_NE(first, nullptr);
     EXPECT_EQ(first->sliceParamA, 1);
     EXPECT_EQ(first->sliceParamB, -2);
     EXPECT_TRUE(aligned64(first->positions));
-    expectWidened(first->positions, 4, spec.timeSlices[0].positions);
+    expectWidened(first->positions, 4, plan.timeSlices[0].positions);
     ASSERT_NE(first->points, nullptr);
     EXPECT_TRUE(aligned64(first->points));
-    expectWidened(first->points[0].position, sizeof(TRDF_Load::PointElement) / 4, spec.timeSlices[0].points);
-    const Bytes& extras = spec.timeSlices[0].pointExtras;
+    expectWidened(first->points[0].position, sizeof(TRDF_Load::PointElement) / 4, plan.timeSlices[0].points);
+    const Bytes& extras = plan.timeSlices[0].pointExtras;
     for (size_t point = 0; point < 2; ++point) {
         // Two extras each, densely packed in the file; the other six places stay zero.
         EXPECT_EQ(std::memcmp(first->points[point].extras, extras.data() + point * 32, 32), 0) << point;
@@ -194,7 +194,7 @@ TEST(MeshReader, TimeSlicesWidenPositionsAndPoints) {
     EXPECT_EQ(second->next, nullptr);
     EXPECT_EQ(second->sliceParamA, 3);
     EXPECT_EQ(second->sliceParamB, 4);
-    expectWidened(second->positions, 4, spec.timeSlices[1].positions);
+    expectWidened(second->positions, 4, plan.timeSlices[1].positions);
     // Points are counted but the slice gives none: the array is there, all zero.
     ASSERT_NE(second->points, nullptr);
     const uint8_t* bytes = reinterpret_cast<const uint8_t*>(second->points);
@@ -203,12 +203,12 @@ TEST(MeshReader, TimeSlicesWidenPositionsAndPoints) {
 }
 
 TEST(MeshReader, ManyPositionsWidenExactly) {
-    MeshSpec spec;
-    spec.vertexCount = 1003; // not a multiple of four
-    MeshSliceSpec slice;
+    MeshPlan plan;
+    plan.vertexCount = 1003; // not a multiple of four
+    MeshSlicePlan slice;
     slice.positions = floats(1003 * 3, -100.0f);
-    spec.timeSlices = {slice};
-    ReadMesh read(meshBody(spec));
+    plan.timeSlices = {slice};
+    ReadMesh read(meshBody(plan));
     ASSERT_EQ(read.status, SceneOk);
     expectWidened(read.chain.head->timeSlices->positions, 4, slice.positions);
 }
@@ -217,24 +217,24 @@ TEST(MeshReader, BitArraysTakeTheirRoundedSizes) {
     // The corner bits are the body's last bytes: one byte more would lie outside it.
     for (int32_t triangles : {1, 31, 32, 33, 100}) {
         SCOPED_TRACE(triangles);
-        MeshSpec spec;
-        spec.triangleCount = triangles;
-        spec.triangleBits = patterned((size_t(triangles + 31) >> 5) * 4, 1);
-        spec.cornerBits = patterned((size_t(triangles * 3 + 31) >> 5) * 4, 2);
-        ReadMesh read(meshBody(spec));
+        MeshPlan plan;
+        plan.triangleCount = triangles;
+        plan.triangleBits = patterned((size_t(triangles + 31) >> 5) * 4, 1);
+        plan.cornerBits = patterned((size_t(triangles * 3 + 31) >> 5) * 4, 2);
+        ReadMesh read(meshBody(plan));
         ASSERT_EQ(read.status, SceneOk);
         const StaticSliceT* slice = read.chain.head->staticSlice;
-        expectBytes(slice->triangleBits, spec.triangleBits);
-        expectBytes(slice->cornerBits, spec.cornerBits);
+        expectBytes(slice->triangleBits, plan.triangleBits);
+        expectBytes(slice->cornerBits, plan.cornerBits);
         EXPECT_EQ(slice->triangleTriples, nullptr);
         EXPECT_EQ(slice->triangleWords, nullptr);
     }
 }
 
 TEST(MeshReader, ZeroCountsGiveEmptyOrNoArrays) {
-    MeshSpec spec;
-    spec.timeSlices = {MeshSliceSpec{}};
-    Bytes body = meshBody(spec);
+    MeshPlan plan;
+    plan.timeSlices = {MeshSlicePlan{}};
+    Bytes body = meshBody(plan);
     // Every array offset of the static slice is present, pointing at the slice's end, and
     // the time slice names positions and points as well; all counts are zero.
     const size_t at = get64(body, mesh_field::kStaticSliceOffset);
@@ -266,12 +266,12 @@ TEST(MeshReader, ZeroCountsGiveEmptyOrNoArrays) {
 }
 
 TEST(MeshReader, AbsentSlices) {
-    MeshSpec spec;
-    spec.withStaticSlice = false;
-    MeshSliceSpec slice;
+    MeshPlan plan;
+    plan.withStaticSlice = false;
+    MeshSlicePlan slice;
     slice.positions = floats(3, 1.0f); // nothing counts them without a static slice
-    spec.timeSlices = {slice, slice};
-    ReadMesh read(meshBody(spec));
+    plan.timeSlices = {slice, slice};
+    ReadMesh read(meshBody(plan));
     ASSERT_EQ(read.status, SceneOk);
     EXPECT_EQ(read.chain.head->staticSlice, nullptr);
     ASSERT_NE(read.chain.head->timeSlices, nullptr);
@@ -281,7 +281,7 @@ TEST(MeshReader, AbsentSlices) {
     // A slice count of 0 reads no slice, however the offset stands; so does offset 0.
     for (auto breakIt : {+[](Bytes& b) { put32(b, mesh_field::kTimeSliceCount, 0); },
                          +[](Bytes& b) { put64(b, mesh_field::kTimeSlicesOffset, 0); }}) {
-        Bytes body = meshBody(spec);
+        Bytes body = meshBody(plan);
         breakIt(body);
         ReadMesh none(body);
         ASSERT_EQ(none.status, SceneOk);
@@ -296,10 +296,10 @@ TEST(MeshReader, HashesSeeTheNarrowBytes) {
     } cases[] = {{"Teapot", u"Teapot"}, {"teapot", u"teapot"}, {"", u""}, {"caf\xE9", u"caf\u00E9"}};
     std::vector<uint32_t> hashes;
     for (const auto& c : cases) {
-        MeshSpec spec;
-        spec.name = c.name;
-        spec.secondName = c.name + "2";
-        ReadMesh read(meshBody(spec));
+        MeshPlan plan;
+        plan.name = c.name;
+        plan.secondName = c.name + "2";
+        ReadMesh read(meshBody(plan));
         ASSERT_EQ(read.status, SceneOk);
         EXPECT_EQ(wideText(read.chain.head->name, kNameChars), c.wide);
         EXPECT_EQ(read.chain.head->nameHash, hashOf(c.name));
@@ -310,18 +310,18 @@ TEST(MeshReader, HashesSeeTheNarrowBytes) {
 }
 
 TEST(MeshReader, LongestNameFits) {
-    MeshSpec spec;
-    spec.name = std::string(63, 'n');
-    ReadMesh fits(meshBody(spec));
+    MeshPlan plan;
+    plan.name = std::string(63, 'n');
+    ReadMesh fits(meshBody(plan));
     EXPECT_EQ(fits.status, SceneOk);
     EXPECT_EQ(wideText(fits.chain.head->name, kNameChars).size(), 63u);
 
-    spec.name = std::string(64, 'n');
-    ReadMesh tooLong(meshBody(spec));
+    plan.name = std::string(64, 'n');
+    ReadMesh tooLong(meshBody(plan));
     EXPECT_EQ(tooLong.status, SceneInvalid);
     // The part stays in the chain for the caller to release, with its hash all the same.
     ASSERT_NE(tooLong.chain.head, nullptr);
-    EXPECT_EQ(tooLong.chain.head->nameHash, hashOf(spec.name));
+    EXPECT_EQ(tooLong.chain.head->nameHash, hashOf(plan.name));
     EXPECT_EQ(tooLong.chain.head->staticSlice, nullptr);
 }
 

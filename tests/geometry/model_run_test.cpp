@@ -16,10 +16,10 @@ struct MeshKind {
     using Part = TRDF_Load::TriangleMesh;
     static constexpr uint32_t kType = kTriangleMesh;
     static Bytes body(const std::string& name, bool more) {
-        MeshSpec spec;
-        spec.name = name;
-        spec.morePartsFollow = more;
-        return meshBody(spec);
+        MeshPlan plan;
+        plan.name = name;
+        plan.morePartsFollow = more;
+        return meshBody(plan);
     }
     static SceneStatus read(SceneFileReader& reader, Part*& head, uint64_t& offset) {
         return readTriangleMesh(reader, head, offset);
@@ -30,10 +30,10 @@ struct FurKind {
     using Part = TRDF_Load::FurMesh;
     static constexpr uint32_t kType = kFur;
     static Bytes body(const std::string& name, bool more) {
-        CloudSpec spec;
-        spec.name = name;
-        spec.morePartsFollow = more;
-        return furBody(spec);
+        CloudPlan plan;
+        plan.name = name;
+        plan.morePartsFollow = more;
+        return furBody(plan);
     }
     static SceneStatus read(SceneFileReader& reader, Part*& head, uint64_t& offset) {
         return readFur(reader, head, offset);
@@ -44,10 +44,10 @@ struct SpriteKind {
     using Part = TRDF_Load::SprMesh;
     static constexpr uint32_t kType = kSprites;
     static Bytes body(const std::string& name, bool more) {
-        CloudSpec spec;
-        spec.name = name;
-        spec.morePartsFollow = more;
-        return spriteBody(spec);
+        CloudPlan plan;
+        plan.name = name;
+        plan.morePartsFollow = more;
+        return spriteBody(plan);
     }
     static SceneStatus read(SceneFileReader& reader, Part*& head, uint64_t& offset) {
         return readSprites(reader, head, offset);

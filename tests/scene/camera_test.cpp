@@ -108,7 +108,7 @@ TEST(TrackKeys, AbsurdCountsFailTheAllocation) {
     EXPECT_EQ(allocateTrack(UINT64_MAX), nullptr);
 }
 
-Bytes cameraScene(const CameraPathSpec& path, int32_t type = 1) {
+Bytes cameraScene(const CameraPathPlan& path, int32_t type = 1) {
     SceneFile file;
     file.add(storedChunk(kTexMap, texMapBody(1, 0, "before")));
     file.add(zstdChunk(kCamera, cameraBody(type)));
@@ -117,7 +117,7 @@ Bytes cameraScene(const CameraPathSpec& path, int32_t type = 1) {
 }
 
 TEST(ReadCamera, PathBodyFillsTheObject) {
-    CameraPathSpec path;
+    CameraPathPlan path;
     path.trackA = {key(10), key(20)};
     path.trackC = {key(30)};
     path.word44 = 0x44;
@@ -197,14 +197,14 @@ TEST(ReadCamera, Failures) {
          SceneEndOfChunks},
         {"camera file of 64 characters",
          [](SceneFile& f) {
-             CameraPathSpec path;
+             CameraPathPlan path;
              path.cameraFile = std::string(64, 'c');
              f[1].stored = cameraPathBody(path);
          },
          SceneInvalid},
         {"track outside the body",
          [](SceneFile& f) {
-             CameraPathSpec path;
+             CameraPathPlan path;
              path.trackA = {key(1)};
              path.trackAOffset = 220; // the key would end 10 bytes past the body
              f[1].stored = cameraPathBody(path);
@@ -212,7 +212,7 @@ TEST(ReadCamera, Failures) {
          SceneInvalid},
         {"track count beyond the body",
          [](SceneFile& f) {
-             CameraPathSpec path;
+             CameraPathPlan path;
              path.trackA = {key(1)};
              path.trackACount = 0xFFFFFFFF;
              f[1].stored = cameraPathBody(path);
@@ -259,7 +259,7 @@ TEST(ReadCamera, ImageLengthsByType) {
 }
 
 TEST(AssignCamera, CopiesPlainFieldsAndDeepCopiesTracks) {
-    CameraPathSpec path;
+    CameraPathPlan path;
     path.trackA = {key(1), key(2), key(3)};
     path.trackB = {key(4)};
     path.role = 0;

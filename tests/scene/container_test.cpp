@@ -191,9 +191,9 @@ TEST(SceneWalk, AChainInFileOrderIsReadWithoutSeeking) {
     // The worked example: version 103, check 1, the first chunk at 36, zstd bodies.
     SceneFile file;
     for (int id = 0; id < 3; ++id) {
-        TextureFileSpec spec;
-        spec.id = id;
-        file.add(zstdChunk(kTextureFile, textureFileBody(spec)));
+        TextureFilePlan plan;
+        plan.id = id;
+        file.add(zstdChunk(kTextureFile, textureFileBody(plan)));
     }
     OpenScene scene(file.build());
     ASSERT_EQ(scene.status, SceneOk);

@@ -15,25 +15,25 @@ namespace {
 // One chunk of every kind the readers know, half of them as zstd frames.
 Bytes fullScene() {
     SceneFile file;
-    TextureFileSpec textureFile;
+    TextureFilePlan textureFile;
     file.add(storedChunk(kTextureFile, textureFileBody(textureFile)));
-    TextureDataSpec textureData;
+    TextureDataPlan textureData;
     textureData.pixels = Bytes(16, 7);
     file.add(zstdChunk(kTextureData, textureDataBody(textureData)));
     file.add(storedChunk(kTexMap, texMapBody(4, 0, "map", 0x200)));
     Bytes volume = materialBody(25, 0, 0, "vol", 0x1960);
     volume[kVolumeFlag] = 1;
     file.add(zstdChunk(kMaterial, volume));
-    PhxDataSpec grid;
+    PhxDataPlan grid;
     grid.channelOffsets[2] = 0;
     grid.channelData = Bytes(64, 1);
     file.add(storedChunk(kPhxData, phxDataBody(grid)));
     file.add(zstdChunk(kSettings, settingsBody({})));
-    CameraPathSpec cameraPath;
+    CameraPathPlan cameraPath;
     cameraPath.trackA = {FileKey{1, 2, 3, 4, 5, 6, 7, 8, 9}};
     file.add(storedChunk(kCamera, cameraBody(1)));
     file.add(zstdChunk(kCameraPath, cameraPathBody(cameraPath)));
-    LightPathSpec lightPath;
+    LightPathPlan lightPath;
     lightPath.track = {FileKey{}};
     file.add(zstdChunk(kLight, lightBody(8), lightVersion(8)));
     file.add(storedChunk(kLightPath, lightPathBody(lightPath)));

@@ -12,7 +12,7 @@ using namespace scene_writer;
 
 namespace {
 
-Bytes lightScene(int32_t type, uint32_t version, const LightPathSpec& path = {}) {
+Bytes lightScene(int32_t type, uint32_t version, const LightPathPlan& path = {}) {
     SceneFile file;
     file.add(storedChunk(kLight, lightBody(type), version));
     file.add(storedChunk(kLightPath, lightPathBody(path)));
@@ -149,7 +149,7 @@ TEST(ReadLight, ImageEndsWhereTheTypeSays) {
 }
 
 TEST(ReadLight, PathBodyFillsTheObject) {
-    LightPathSpec path;
+    LightPathPlan path;
     path.track = {FileKey{1, 2, 3, 4, 5, 6, 7, 8, 9}};
     path.word20 = 0x2020;
     path.word24 = 0x2424;
@@ -192,14 +192,14 @@ TEST(ReadLight, PathFailures) {
         {"path version", [](SceneFile& f) { f[1].version = 101; }, SceneBadVersion},
         {"name of 64 characters",
          [](SceneFile& f) {
-             LightPathSpec path;
+             LightPathPlan path;
              path.secondName = std::string(64, 's');
              f[1].stored = lightPathBody(path);
          },
          SceneInvalid},
         {"track outside the body",
          [](SceneFile& f) {
-             LightPathSpec path;
+             LightPathPlan path;
              path.track = {FileKey{}};
              path.trackOffset = 1u << 20;
              f[1].stored = lightPathBody(path);

@@ -117,10 +117,10 @@ TEST(Settings, SpotChecksByName) {
     EXPECT_GT(record->TextureChannels[7][1].ts, record->TextureChannels[7][1].te) << "switched off";
 }
 
-SettingsSpec settingsWithIterations(int32_t iterations) {
-    SettingsSpec spec;
-    spec.maxIterations = iterations;
-    return spec;
+SettingsPlan settingsWithIterations(int32_t iterations) {
+    SettingsPlan plan;
+    plan.maxIterations = iterations;
+    return plan;
 }
 
 TEST(Settings, OnlyTheFirstChunkCounts) {

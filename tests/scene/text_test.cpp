@@ -98,11 +98,11 @@ TEST(SceneText, TextureNamesOf63And64Characters) {
         {"n", std::string(383, 'p'), SceneOk},      {"n", std::string(384, 'p'), SceneInvalid},
     };
     for (const Case& c : cases) {
-        TextureFileSpec spec;
-        spec.id = 4;
-        spec.name = c.name;
-        spec.path = c.path;
-        OpenScene scene(sceneOf({storedChunk(kTextureFile, textureFileBody(spec))}));
+        TextureFilePlan plan;
+        plan.id = 4;
+        plan.name = c.name;
+        plan.path = c.path;
+        OpenScene scene(sceneOf({storedChunk(kTextureFile, textureFileBody(plan))}));
         TextureFileRecord record;
         uint64_t offset = 0;
         EXPECT_EQ(readTextureFile(scene.reader, record, offset), c.expected)

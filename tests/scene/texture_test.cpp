@@ -9,13 +9,13 @@ using namespace scene_writer;
 namespace {
 
 TEST(TextureFile, FieldsComeFromTheirOffsets) {
-    TextureFileSpec spec;
-    spec.paramA = 0xA1A2A3A4;
-    spec.paramB = 0xB1B2B3B4;
-    spec.id = 17;
-    spec.name = "brick";
-    spec.path = "maps/brick_\xE4.tif";
-    OpenScene scene(sceneOf({zstdChunk(kTextureFile, textureFileBody(spec))}));
+    TextureFilePlan plan;
+    plan.paramA = 0xA1A2A3A4;
+    plan.paramB = 0xB1B2B3B4;
+    plan.id = 17;
+    plan.name = "brick";
+    plan.path = "maps/brick_\xE4.tif";
+    OpenScene scene(sceneOf({zstdChunk(kTextureFile, textureFileBody(plan))}));
     TextureFileRecord record;
     uint64_t offset = 0;
     ASSERT_EQ(readTextureFile(scene.reader, record, offset), SceneOk);
@@ -58,15 +58,15 @@ TEST(TextureData, PixelSizesByType) {
     const PixelCase cases[] = {{0, 4}, {7, 4}, {1, 8}, {2, 8},   {8, 8},  {3, 16}, {9, 16},  {10, 16},
                                {4, 1}, {5, 2}, {6, 2}, {11, 32}, {12, 0}, {-1, 0}, {1000, 0}};
     for (const PixelCase& c : cases) {
-        TextureDataSpec spec;
-        spec.width = 3;
-        spec.height = 2;
-        spec.pixelType = c.pixelType;
-        spec.id = 9;
+        TextureDataPlan plan;
+        plan.width = 3;
+        plan.height = 2;
+        plan.pixelType = c.pixelType;
+        plan.id = 9;
         for (uint32_t i = 0; i < 6 * c.bytesPerPixel; ++i)
-            spec.pixels.push_back(static_cast<uint8_t>(i + 1));
-        spec.pixels.push_back(0xEE); // a byte past the pixels, which must not be taken
-        OpenScene scene(sceneOf({zstdChunk(kTextureData, textureDataBody(spec))}));
+            plan.pixels.push_back(static_cast<uint8_t>(i + 1));
+        plan.pixels.push_back(0xEE); // a byte past the pixels, which must not be taken
+        OpenScene scene(sceneOf({zstdChunk(kTextureData, textureDataBody(plan))}));
         TextureDataRecord record;
         uint64_t offset = 0;
         uint64_t before = liveBlocks();
@@ -74,7 +74,7 @@ TEST(TextureData, PixelSizesByType) {
         ASSERT_NE(record.pixels, nullptr) << "a block, even of 0 bytes";
         EXPECT_EQ(liveBlocks(), before + 1) << "the body is freed, the pixels kept";
         EXPECT_EQ(Bytes(record.pixels, record.pixels + 6 * c.bytesPerPixel),
-                  Bytes(spec.pixels.begin(), spec.pixels.end() - 1))
+                  Bytes(plan.pixels.begin(), plan.pixels.end() - 1))
             << c.pixelType;
         EXPECT_EQ(record.pixelType, c.pixelType);
         releaseTextureData(record);
@@ -83,18 +83,18 @@ TEST(TextureData, PixelSizesByType) {
 }
 
 TEST(TextureData, FieldsComeFromTheirOffsets) {
-    TextureDataSpec spec;
-    spec.width = 1;
-    spec.height = 1;
-    spec.paramA = 0xAAAA0001;
-    spec.paramB = 0xBBBB0002;
-    spec.paramC = 0xCCCC0003;
-    spec.id = 77;
-    spec.pixelType = 4;
-    spec.name = "lut";
-    spec.pixels = {0x42};
-    spec.pixelOffset = 400; // anywhere in the body
-    OpenScene scene(sceneOf({storedChunk(kTextureData, textureDataBody(spec))}));
+    TextureDataPlan plan;
+    plan.width = 1;
+    plan.height = 1;
+    plan.paramA = 0xAAAA0001;
+    plan.paramB = 0xBBBB0002;
+    plan.paramC = 0xCCCC0003;
+    plan.id = 77;
+    plan.pixelType = 4;
+    plan.name = "lut";
+    plan.pixels = {0x42};
+    plan.pixelOffset = 400; // anywhere in the body
+    OpenScene scene(sceneOf({storedChunk(kTextureData, textureDataBody(plan))}));
     TextureDataRecord record;
     uint64_t offset = 0;
     ASSERT_EQ(readTextureData(scene.reader, record, offset), SceneOk);
@@ -128,12 +128,12 @@ TEST(TextureData, PixelRangeOutsideTheBody) {
         {"negative width", -1, 1, 0, kTextureDataHeaderBytes, 16, SceneInvalid},
     };
     for (const Case& c : cases) {
-        TextureDataSpec spec;
-        spec.width = c.width;
-        spec.height = c.height;
-        spec.pixelType = c.pixelType;
-        spec.pixelOffset = c.pixelOffset;
-        Bytes body = textureDataBody(spec);
+        TextureDataPlan plan;
+        plan.width = c.width;
+        plan.height = c.height;
+        plan.pixelType = c.pixelType;
+        plan.pixelOffset = c.pixelOffset;
+        Bytes body = textureDataBody(plan);
         body.resize(kTextureDataHeaderBytes + c.pixelBytes, 0x11);
         OpenScene scene(sceneOf({storedChunk(kTextureData, body)}));
         TextureDataRecord record;
@@ -146,10 +146,10 @@ TEST(TextureData, PixelRangeOutsideTheBody) {
 }
 
 TEST(TextureData, BadNameStillTakesThePixels) {
-    TextureDataSpec spec;
-    spec.name = std::string(64, 'x');
-    spec.pixels = Bytes(16, 3);
-    OpenScene scene(sceneOf({storedChunk(kTextureData, textureDataBody(spec))}));
+    TextureDataPlan plan;
+    plan.name = std::string(64, 'x');
+    plan.pixels = Bytes(16, 3);
+    OpenScene scene(sceneOf({storedChunk(kTextureData, textureDataBody(plan))}));
     TextureDataRecord record;
     uint64_t offset = 0;
     EXPECT_EQ(readTextureData(scene.reader, record, offset), SceneInvalid);

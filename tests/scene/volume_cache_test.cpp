@@ -21,18 +21,18 @@ IPhxCache* cacheOf(const MaterialRecord& record) {
     return cache;
 }
 
-PhxDataSpec gridWithTwoChannels() {
-    PhxDataSpec spec;
-    spec.gridX = 3;
-    spec.gridY = 5;
-    spec.gridZ = 7;
+PhxDataPlan gridWithTwoChannels() {
+    PhxDataPlan plan;
+    plan.gridX = 3;
+    plan.gridY = 5;
+    plan.gridZ = 7;
     for (size_t i = 0; i < 12; ++i)
-        spec.transform[i] = float(i) + 0.5f;
-    spec.channelOffsets[0] = 0;
-    spec.channelOffsets[7] = 16;
+        plan.transform[i] = float(i) + 0.5f;
+    plan.channelOffsets[0] = 0;
+    plan.channelOffsets[7] = 16;
     for (int i = 0; i < 32; ++i)
-        spec.channelData.push_back(static_cast<uint8_t>(i));
-    return spec;
+        plan.channelData.push_back(static_cast<uint8_t>(i));
+    return plan;
 }
 
 // Material ids read in one pass over the materials.
@@ -160,9 +160,9 @@ TEST(VolumeMaterial, CacheBodiesThatDoNotHoldTheirChannels) {
         {"all absent", 280, -1, SceneOk},
     };
     for (const Case& c : cases) {
-        PhxDataSpec spec;
-        spec.channelOffsets[3] = c.offset;
-        Bytes body = phxDataBody(spec);
+        PhxDataPlan plan;
+        plan.channelOffsets[3] = c.offset;
+        Bytes body = phxDataBody(plan);
         body.resize(c.bodySize, 0);
         SceneFile file;
         file.add(storedChunk(kMaterial, volumeMaterial(1, true)));

@@ -24,13 +24,13 @@ Bytes gradientPixels(int width, int height) {
 SceneFile exampleScene() {
     SceneFile scene;
 
-    TextureFileSpec wood;
+    TextureFilePlan wood;
     wood.id = 0;
     wood.name = "wood";
     wood.path = "textures/wood.png";
     scene.add(storedChunk(kTextureFile, textureFileBody(wood)));
 
-    TextureDataSpec ramp;
+    TextureDataPlan ramp;
     ramp.id = 1;
     ramp.name = "ramp";
     ramp.width = 8;
@@ -45,7 +45,7 @@ SceneFile exampleScene() {
     scene.add(zstdChunk(kMaterial, materialBody(1, 0, 0, "floor")));
     scene.add(zstdChunk(kMaterial, materialBody(3, 1, 1, "chrome")));
 
-    SettingsSpec settings;
+    SettingsPlan settings;
     settings.imageSizeX = 320;
     settings.imageSizeY = 240;
     settings.maxIterations = 16;
@@ -53,14 +53,14 @@ SceneFile exampleScene() {
     settings.aovNames = {"albedo", "normals"};
     scene.add(zstdChunk(kSettings, settingsBody(settings)));
 
-    CameraPathSpec cameraPath;
+    CameraPathPlan cameraPath;
     cameraPath.role = 0;
     cameraPath.target = {0.0f, 1.0f, 0.0f};
     cameraPath.trackA = {FileKey{0, 0, 0x3F800000, 0, 0, 0x40A00000, 0, 0, 0}};
     scene.add(zstdChunk(kCamera, cameraBody(1)));
     scene.add(storedChunk(kCameraPath, cameraPathBody(cameraPath)));
 
-    LightPathSpec lightPath;
+    LightPathPlan lightPath;
     lightPath.name = "sun";
     scene.add(zstdChunk(kLight, lightBody(5), lightVersion(5)));
     scene.add(storedChunk(kLightPath, lightPathBody(lightPath)));

@@ -53,31 +53,31 @@ void putFloats(Bytes& body, size_t offset, const float* values, size_t count) {
         putF32(body, offset + 4 * i, values[i]);
 }
 
-void placeStaticSlice(Bytes& body, const MeshSpec& spec) {
+void placeStaticSlice(Bytes& body, const MeshPlan& plan) {
     using namespace static_field;
     size_t at = alignedEnd(body);
     body.resize(at + kHeaderBytes, 0);
     put64(body, mesh_field::kStaticSliceOffset, at);
-    put32(body, at + kVertexCount, static_cast<uint32_t>(spec.vertexCount));
-    put32(body, at + kPointCount, static_cast<uint32_t>(spec.pointCount));
-    put32(body, at + kTriangleCount, static_cast<uint32_t>(spec.triangleCount));
-    put32(body, at + kPointExtraCount, static_cast<uint32_t>(spec.pointExtraCount));
-    put32(body, at + kVectorCount, static_cast<uint32_t>(spec.vectorCount));
-    put32(body, at + kPairCount, static_cast<uint32_t>(spec.pairCount));
+    put32(body, at + kVertexCount, static_cast<uint32_t>(plan.vertexCount));
+    put32(body, at + kPointCount, static_cast<uint32_t>(plan.pointCount));
+    put32(body, at + kTriangleCount, static_cast<uint32_t>(plan.triangleCount));
+    put32(body, at + kPointExtraCount, static_cast<uint32_t>(plan.pointExtraCount));
+    put32(body, at + kVectorCount, static_cast<uint32_t>(plan.vectorCount));
+    put32(body, at + kPairCount, static_cast<uint32_t>(plan.pairCount));
     const std::pair<size_t, const Bytes*> arrays[] = {
-        {kTriangleTriples, &spec.triangleTriples}, {kTriangleQuads, &spec.triangleQuads},
-        {kVectorTable, &spec.vectorTable},         {kPairTable, &spec.pairTable},
-        {kTriangleBits, &spec.triangleBits},       {kTriangleWords, &spec.triangleWords},
-        {kCornerBits, &spec.cornerBits}};
+        {kTriangleTriples, &plan.triangleTriples}, {kTriangleQuads, &plan.triangleQuads},
+        {kVectorTable, &plan.vectorTable},         {kPairTable, &plan.pairTable},
+        {kTriangleBits, &plan.triangleBits},       {kTriangleWords, &plan.triangleWords},
+        {kCornerBits, &plan.cornerBits}};
     for (const auto& [field, data] : arrays)
         put64(body, at + field, place(body, at, *data));
 }
 
-void placeMeshSlices(Bytes& body, const std::vector<MeshSliceSpec>& slices) {
+void placeMeshSlices(Bytes& body, const std::vector<MeshSlicePlan>& slices) {
     using namespace mesh_slice_field;
     put32(body, mesh_field::kTimeSliceCount, static_cast<uint32_t>(slices.size()));
     size_t previous = 0;
-    for (const MeshSliceSpec& slice : slices) {
+    for (const MeshSlicePlan& slice : slices) {
         size_t at = alignedEnd(body);
         body.resize(at + kHeaderBytes, 0);
         if (previous == 0) {
@@ -96,29 +96,29 @@ void placeMeshSlices(Bytes& body, const std::vector<MeshSliceSpec>& slices) {
     if (previous != 0) put64(body, previous + kNextSliceDistance, alignedEnd(body) - previous);
 }
 
-Bytes cloudBody(const CloudSpec& spec, bool fur) {
+Bytes cloudBody(const CloudPlan& plan, bool fur) {
     using namespace cloud_field;
     Bytes body(fur ? kFurHeaderBytes : kSpriteHeaderBytes, 0);
-    put32(body, kTimeSliceCount, static_cast<uint32_t>(spec.timeSlices.size()));
-    put32(body, kElementCount, static_cast<uint32_t>(spec.elementCount));
-    put32(body, 36, spec.word36);
-    put32(body, kMorePartsFollow, spec.morePartsFollow ? 1 : 0);
-    put32(body, 44, static_cast<uint32_t>(spec.word44));
-    put32(body, 48, static_cast<uint32_t>(spec.word48));
-    put32(body, 52, static_cast<uint32_t>(spec.word52));
-    put32(body, 56, spec.word56);
-    put32(body, 60, spec.word60);
-    putFloats(body, 64, spec.floats64.data(), spec.floats64.size());
+    put32(body, kTimeSliceCount, static_cast<uint32_t>(plan.timeSlices.size()));
+    put32(body, kElementCount, static_cast<uint32_t>(plan.elementCount));
+    put32(body, 36, plan.word36);
+    put32(body, kMorePartsFollow, plan.morePartsFollow ? 1 : 0);
+    put32(body, 44, static_cast<uint32_t>(plan.word44));
+    put32(body, 48, static_cast<uint32_t>(plan.word48));
+    put32(body, 52, static_cast<uint32_t>(plan.word52));
+    put32(body, 56, plan.word56);
+    put32(body, 60, plan.word60);
+    putFloats(body, 64, plan.floats64.data(), plan.floats64.size());
     if (fur) {
-        putBytes(body, 88, spec.furBlock88.data(), spec.furBlock88.size());
-        put32(body, 136, spec.furWord136);
+        putBytes(body, 88, plan.furBlock88.data(), plan.furBlock88.size());
+        put32(body, 136, plan.furWord136);
     }
-    putText(body, fur ? kFurName : kSpriteName, kNameField, spec.name);
-    putText(body, fur ? kFurSecondName : kSpriteSecondName, kNameField, spec.secondName);
-    placeKeys(body, kKeysOffset, kKeyCount, spec.keys);
+    putText(body, fur ? kFurName : kSpriteName, kNameField, plan.name);
+    putText(body, fur ? kFurSecondName : kSpriteSecondName, kNameField, plan.secondName);
+    placeKeys(body, kKeysOffset, kKeyCount, plan.keys);
 
     size_t previous = 0;
-    for (const CloudSliceSpec& slice : spec.timeSlices) {
+    for (const CloudSlicePlan& slice : plan.timeSlices) {
         size_t at = alignedEnd(body);
         body.resize(at + kSliceHeaderBytes, 0);
         if (previous == 0) {
@@ -158,59 +158,59 @@ uint64_t get64(const Bytes& bytes, size_t offset) {
     return uint64_t(get32(bytes, offset)) | uint64_t(get32(bytes, offset + 4)) << 32;
 }
 
-Bytes meshBody(const MeshSpec& spec) {
+Bytes meshBody(const MeshPlan& plan) {
     using namespace mesh_field;
     Bytes body(kHeaderBytes, 0);
-    put32(body, 36, spec.word36);
-    put32(body, kMorePartsFollow, spec.morePartsFollow ? 1 : 0);
-    put32(body, 48, static_cast<uint32_t>(spec.word48));
-    put32(body, 52, static_cast<uint32_t>(spec.word52));
-    put32(body, 56, static_cast<uint32_t>(spec.word56));
-    put32(body, 60, spec.word60);
-    put32(body, 64, spec.word64);
-    put32(body, 68, spec.word68);
-    putFloats(body, 72, spec.floats72.data(), spec.floats72.size());
-    putBytes(body, 96, spec.block96.data(), spec.block96.size());
-    put32(body, 144, spec.word144);
-    putText(body, kName, kNameField, spec.name);
-    putText(body, kSecondName, kNameField, spec.secondName);
-    placeKeys(body, kKeysOffset, kKeyCount, spec.keys);
-    if (spec.withStaticSlice) placeStaticSlice(body, spec);
-    placeMeshSlices(body, spec.timeSlices);
+    put32(body, 36, plan.word36);
+    put32(body, kMorePartsFollow, plan.morePartsFollow ? 1 : 0);
+    put32(body, 48, static_cast<uint32_t>(plan.word48));
+    put32(body, 52, static_cast<uint32_t>(plan.word52));
+    put32(body, 56, static_cast<uint32_t>(plan.word56));
+    put32(body, 60, plan.word60);
+    put32(body, 64, plan.word64);
+    put32(body, 68, plan.word68);
+    putFloats(body, 72, plan.floats72.data(), plan.floats72.size());
+    putBytes(body, 96, plan.block96.data(), plan.block96.size());
+    put32(body, 144, plan.word144);
+    putText(body, kName, kNameField, plan.name);
+    putText(body, kSecondName, kNameField, plan.secondName);
+    placeKeys(body, kKeysOffset, kKeyCount, plan.keys);
+    if (plan.withStaticSlice) placeStaticSlice(body, plan);
+    placeMeshSlices(body, plan.timeSlices);
     return body;
 }
 
-MeshSpec gridMesh(const std::string& name, uint32_t columns, uint32_t rows, uint32_t materials) {
-    MeshSpec spec;
-    spec.name = name;
+MeshPlan gridMesh(const std::string& name, uint32_t columns, uint32_t rows, uint32_t materials) {
+    MeshPlan plan;
+    plan.name = name;
     const uint32_t triangles = 2 * columns * rows;
     const uint32_t stride = columns + 1;
     const uint32_t vertices = stride * (rows + 1);
-    spec.triangleCount = static_cast<int32_t>(triangles);
-    spec.vertexCount = static_cast<int32_t>(vertices);
-    spec.vectorCount = static_cast<int32_t>(vertices);
-    spec.triangleTriples.reserve(size_t(triangles) * 12);
-    spec.triangleQuads.reserve(size_t(triangles) * 16);
-    spec.triangleWords.reserve(size_t(triangles) * 4);
+    plan.triangleCount = static_cast<int32_t>(triangles);
+    plan.vertexCount = static_cast<int32_t>(vertices);
+    plan.vectorCount = static_cast<int32_t>(vertices);
+    plan.triangleTriples.reserve(size_t(triangles) * 12);
+    plan.triangleQuads.reserve(size_t(triangles) * 16);
+    plan.triangleWords.reserve(size_t(triangles) * 4);
     const uint32_t rowsPerMaterial = std::max<uint32_t>(1, (rows + materials - 1) / std::max<uint32_t>(1, materials));
     for (uint32_t row = 0; row < rows; ++row) {
         for (uint32_t column = 0; column < columns; ++column) {
             uint32_t v = row * stride + column;
             uint32_t corners[2][3] = {{v, v + 1, v + stride}, {v + 1, v + stride + 1, v + stride}};
             for (auto& corner : corners) {
-                uint32_t triangle = static_cast<uint32_t>(spec.triangleWords.size() / 4);
+                uint32_t triangle = static_cast<uint32_t>(plan.triangleWords.size() / 4);
                 for (uint32_t index : corner)
-                    appendWord(spec.triangleTriples, index);
+                    appendWord(plan.triangleTriples, index);
                 for (uint32_t index : corner)
-                    appendWord(spec.triangleQuads, index); // the vectors share the vertex numbering
-                appendWord(spec.triangleQuads, row / rowsPerMaterial);
-                appendWord(spec.triangleWords, triangle & 7);
+                    appendWord(plan.triangleQuads, index); // the vectors share the vertex numbering
+                appendWord(plan.triangleQuads, row / rowsPerMaterial);
+                appendWord(plan.triangleWords, triangle & 7);
             }
         }
     }
-    spec.triangleBits.assign(((size_t(triangles) + 31) >> 5) * 4, 0xFF);
-    spec.cornerBits.assign(((size_t(triangles) * 3 + 31) >> 5) * 4, 0x49);
-    MeshSliceSpec slice;
+    plan.triangleBits.assign(((size_t(triangles) + 31) >> 5) * 4, 0xFF);
+    plan.cornerBits.assign(((size_t(triangles) * 3 + 31) >> 5) * 4, 0x49);
+    MeshSlicePlan slice;
     slice.positions.reserve(size_t(vertices) * 3);
     std::vector<float> normals;
     normals.reserve(size_t(vertices) * 3);
@@ -221,18 +221,18 @@ MeshSpec gridMesh(const std::string& name, uint32_t columns, uint32_t rows, uint
             appendFloat(normals, 0.0f, 0.0f, 1.0f);
         }
     }
-    spec.vectorTable.resize(normals.size() * sizeof(float));
-    std::memcpy(spec.vectorTable.data(), normals.data(), spec.vectorTable.size());
-    spec.timeSlices.push_back(std::move(slice));
-    return spec;
+    plan.vectorTable.resize(normals.size() * sizeof(float));
+    std::memcpy(plan.vectorTable.data(), normals.data(), plan.vectorTable.size());
+    plan.timeSlices.push_back(std::move(slice));
+    return plan;
 }
 
-Bytes furBody(const CloudSpec& spec) {
-    return cloudBody(spec, true);
+Bytes furBody(const CloudPlan& plan) {
+    return cloudBody(plan, true);
 }
 
-Bytes spriteBody(const CloudSpec& spec) {
-    return cloudBody(spec, false);
+Bytes spriteBody(const CloudPlan& plan) {
+    return cloudBody(plan, false);
 }
 
 Bytes furElement(uint32_t seed, uint32_t materialWord) {

@@ -37,14 +37,14 @@ constexpr size_t kNextSliceDistance = 0, kParamA = 8, kParamB = 12, kPositions =
 constexpr size_t kPointExtras = 32, kHeaderBytes = 40;
 } // namespace mesh_slice_field
 
-struct MeshSliceSpec {
+struct MeshSlicePlan {
     int32_t paramA = 0, paramB = 0;
     std::vector<float> positions; // x, y, z per vertex; empty: offset 0
     std::vector<float> points;    // x, y, z per point; empty: offset 0
     Bytes pointExtras;            // pointExtraCount x 16 bytes per point; empty: offset 0
 };
 
-struct MeshSpec {
+struct MeshPlan {
     std::string name = "mesh";
     std::string secondName;
     bool morePartsFollow = false;
@@ -62,14 +62,14 @@ struct MeshSpec {
     int32_t vectorCount = 0, pairCount = 0;
     // The static slice's arrays as the file holds them; an empty one gets offset 0.
     Bytes triangleTriples, triangleQuads, vectorTable, pairTable, triangleBits, triangleWords, cornerBits;
-    std::vector<MeshSliceSpec> timeSlices;
+    std::vector<MeshSlicePlan> timeSlices;
 };
-Bytes meshBody(const MeshSpec& spec);
+Bytes meshBody(const MeshPlan& plan);
 
 // A consistent mesh: a grid of `columns` x `rows` cells, two triangles a cell, with every
 // static array filled, one time slice of positions, and `materials` material ids in runs of
 // whole rows. Values follow the index, so that a copy can be checked element by element.
-MeshSpec gridMesh(const std::string& name, uint32_t columns, uint32_t rows, uint32_t materials = 1);
+MeshPlan gridMesh(const std::string& name, uint32_t columns, uint32_t rows, uint32_t materials = 1);
 
 // ---- Fur and sprites ---------------------------------------------------------------------------
 
@@ -85,13 +85,13 @@ constexpr size_t kNextSliceDistance = 0, kParamA = 8, kParamB = 12, kElements = 
 constexpr size_t kFurElementBytes = 100;
 constexpr size_t kSpriteElementBytes = 32;
 
-struct CloudSliceSpec {
+struct CloudSlicePlan {
     int32_t paramA = 0, paramB = 0;
     Bytes elements; // the elements in their file form; empty: offset 0
 };
 
-// Fur and sprite bodies share this spec; the fur-only fields are ignored for sprites.
-struct CloudSpec {
+// Fur and sprite bodies share this plan; the fur-only fields are ignored for sprites.
+struct CloudPlan {
     std::string name = "cloud";
     std::string secondName;
     bool morePartsFollow = false;
@@ -103,10 +103,10 @@ struct CloudSpec {
     std::array<float, 6> floats64{1, 1, 1, 0, 0, 0};
     std::array<uint8_t, 48> furBlock88{};
     uint32_t furWord136 = 0;
-    std::vector<CloudSliceSpec> timeSlices;
+    std::vector<CloudSlicePlan> timeSlices;
 };
-Bytes furBody(const CloudSpec& spec);
-Bytes spriteBody(const CloudSpec& spec);
+Bytes furBody(const CloudPlan& plan);
+Bytes spriteBody(const CloudPlan& plan);
 
 // One element in its file form, its bytes patterned from `seed`, with the material word set.
 Bytes furElement(uint32_t seed, uint32_t materialWord);

@@ -21,31 +21,31 @@ Bytes zeroImage(int32_t type, size_t size) {
 
 } // namespace
 
-Bytes textureFileBody(const TextureFileSpec& spec) {
+Bytes textureFileBody(const TextureFilePlan& plan) {
     Bytes body;
-    put32(body, 0, spec.paramA);
-    put32(body, 4, spec.paramB);
-    put32(body, 8, static_cast<uint32_t>(spec.id));
-    putText(body, 12, kNameField, spec.name);
-    putText(body, 140, std::max(kPathField, spec.path.size() + 1), spec.path);
+    put32(body, 0, plan.paramA);
+    put32(body, 4, plan.paramB);
+    put32(body, 8, static_cast<uint32_t>(plan.id));
+    putText(body, 12, kNameField, plan.name);
+    putText(body, 140, std::max(kPathField, plan.path.size() + 1), plan.path);
     return body;
 }
 
-Bytes textureDataBody(const TextureDataSpec& spec) {
+Bytes textureDataBody(const TextureDataPlan& plan) {
     Bytes body;
-    put32(body, 8, static_cast<uint32_t>(spec.width));
-    put32(body, 12, static_cast<uint32_t>(spec.height));
-    put32(body, 16, spec.paramA);
-    put32(body, 20, spec.paramB);
-    put32(body, 24, static_cast<uint32_t>(spec.id));
-    put32(body, 28, spec.paramC);
-    put32(body, 32, static_cast<uint32_t>(spec.pixelType));
-    uint64_t pixelOffset = spec.pixelOffset.value_or(kTextureDataHeaderBytes);
+    put32(body, 8, static_cast<uint32_t>(plan.width));
+    put32(body, 12, static_cast<uint32_t>(plan.height));
+    put32(body, 16, plan.paramA);
+    put32(body, 20, plan.paramB);
+    put32(body, 24, static_cast<uint32_t>(plan.id));
+    put32(body, 28, plan.paramC);
+    put32(body, 32, static_cast<uint32_t>(plan.pixelType));
+    uint64_t pixelOffset = plan.pixelOffset.value_or(kTextureDataHeaderBytes);
     put64(body, 36, pixelOffset);
-    putText(body, 44, kNameField, spec.name);
-    if (!spec.pixels.empty()) {
-        if (body.size() < pixelOffset + spec.pixels.size()) body.resize(pixelOffset + spec.pixels.size(), 0);
-        std::copy(spec.pixels.begin(), spec.pixels.end(), body.begin() + static_cast<ptrdiff_t>(pixelOffset));
+    putText(body, 44, kNameField, plan.name);
+    if (!plan.pixels.empty()) {
+        if (body.size() < pixelOffset + plan.pixels.size()) body.resize(pixelOffset + plan.pixels.size(), 0);
+        std::copy(plan.pixels.begin(), plan.pixels.end(), body.begin() + static_cast<ptrdiff_t>(pixelOffset));
     }
     return body;
 }
@@ -70,31 +70,31 @@ Bytes materialBody(int32_t type, int32_t id, int32_t aovId, const std::string& n
     return image;
 }
 
-Bytes phxDataBody(const PhxDataSpec& spec) {
+Bytes phxDataBody(const PhxDataPlan& plan) {
     Bytes body(280, 0);
-    put32(body, 4, spec.gridX);
-    put32(body, 8, spec.gridY);
-    put32(body, 12, spec.gridZ);
-    for (size_t i = 0; i < spec.transform.size(); ++i)
-        putF32(body, 16 + 4 * i, spec.transform[i]);
-    for (size_t i = 0; i < spec.channelOffsets.size(); ++i) {
-        put64(body, 72 + 8 * i, static_cast<uint64_t>(spec.channelOffsets[i]));
+    put32(body, 4, plan.gridX);
+    put32(body, 8, plan.gridY);
+    put32(body, 12, plan.gridZ);
+    for (size_t i = 0; i < plan.transform.size(); ++i)
+        putF32(body, 16 + 4 * i, plan.transform[i]);
+    for (size_t i = 0; i < plan.channelOffsets.size(); ++i) {
+        put64(body, 72 + 8 * i, static_cast<uint64_t>(plan.channelOffsets[i]));
     }
-    append(body, spec.channelData);
+    append(body, plan.channelData);
     return body;
 }
 
-Bytes settingsBody(const SettingsSpec& spec) {
+Bytes settingsBody(const SettingsPlan& plan) {
     Bytes image(kSettingsImage, 0);
-    put32(image, 0x8, static_cast<uint32_t>(spec.maxIterations));
-    put32(image, 0x84B0, static_cast<uint32_t>(spec.imageSizeX));
-    put32(image, 0x84B4, static_cast<uint32_t>(spec.imageSizeY));
-    put32(image, 0x8B48, spec.saveJpeg ? 1 : 0);
-    putText(image, 0x84C8, kPathField, spec.outputPath);
-    putText(image, 0x87C8, kNameField, spec.outputName);
-    put32(image, 0x29BC, static_cast<uint32_t>(spec.aovNames.size()));
-    for (size_t i = 0; i < spec.aovNames.size() && i < 32; ++i) {
-        putText(image, 0x29D0 + 0x234 * i + 0x1C, kNameField, spec.aovNames[i]);
+    put32(image, 0x8, static_cast<uint32_t>(plan.maxIterations));
+    put32(image, 0x84B0, static_cast<uint32_t>(plan.imageSizeX));
+    put32(image, 0x84B4, static_cast<uint32_t>(plan.imageSizeY));
+    put32(image, 0x8B48, plan.saveJpeg ? 1 : 0);
+    putText(image, 0x84C8, kPathField, plan.outputPath);
+    putText(image, 0x87C8, kNameField, plan.outputName);
+    put32(image, 0x29BC, static_cast<uint32_t>(plan.aovNames.size()));
+    for (size_t i = 0; i < plan.aovNames.size() && i < 32; ++i) {
+        putText(image, 0x29D0 + 0x234 * i + 0x1C, kNameField, plan.aovNames[i]);
     }
     return image;
 }
@@ -121,10 +121,10 @@ Bytes lightBody(int32_t type, size_t size) {
     return zeroImage(type, size ? size : std::max<size_t>(lightImageBytes(type), 1616));
 }
 
-Bytes cameraPathBody(const CameraPathSpec& spec) {
+Bytes cameraPathBody(const CameraPathPlan& plan) {
     Bytes body(kCameraPathHeaderBytes, 0);
     uint64_t at = kCameraPathHeaderBytes;
-    const std::vector<FileKey>* tracks[3] = {&spec.trackA, &spec.trackB, &spec.trackC};
+    const std::vector<FileKey>* tracks[3] = {&plan.trackA, &plan.trackB, &plan.trackC};
     const size_t slots[3] = {8, 20, 32};
     for (int t = 0; t < 3; ++t) {
         put64(body, slots[t], at);
@@ -132,27 +132,27 @@ Bytes cameraPathBody(const CameraPathSpec& spec) {
         putTrack(body, at, *tracks[t]);
         at += 36 * tracks[t]->size();
     }
-    if (spec.trackAOffset) put64(body, 8, *spec.trackAOffset);
-    if (spec.trackACount) put32(body, 16, *spec.trackACount);
-    put32(body, 44, spec.word44);
-    put32(body, 48, spec.word48);
-    put32(body, 52, spec.word52);
-    put32(body, 56, static_cast<uint32_t>(spec.role));
+    if (plan.trackAOffset) put64(body, 8, *plan.trackAOffset);
+    if (plan.trackACount) put32(body, 16, *plan.trackACount);
+    put32(body, 44, plan.word44);
+    put32(body, 48, plan.word48);
+    put32(body, 52, plan.word52);
+    put32(body, 56, static_cast<uint32_t>(plan.role));
     for (int i = 0; i < 3; ++i)
-        putF32(body, 60 + 4 * i, spec.target[i]);
-    putText(body, 72, kNameField, spec.cameraFile);
+        putF32(body, 60 + 4 * i, plan.target[i]);
+    putText(body, 72, kNameField, plan.cameraFile);
     return body;
 }
 
-Bytes lightPathBody(const LightPathSpec& spec) {
+Bytes lightPathBody(const LightPathPlan& plan) {
     Bytes body(kLightPathHeaderBytes, 0);
-    put64(body, 8, spec.trackOffset.value_or(kLightPathHeaderBytes));
-    put32(body, 16, spec.trackCount.value_or(static_cast<uint32_t>(spec.track.size())));
-    putTrack(body, kLightPathHeaderBytes, spec.track);
-    put32(body, 20, static_cast<uint32_t>(spec.word20));
-    put32(body, 24, spec.word24);
-    putText(body, 28, kNameField, spec.name);
-    putText(body, 156, kNameField, spec.secondName);
+    put64(body, 8, plan.trackOffset.value_or(kLightPathHeaderBytes));
+    put32(body, 16, plan.trackCount.value_or(static_cast<uint32_t>(plan.track.size())));
+    putTrack(body, kLightPathHeaderBytes, plan.track);
+    put32(body, 20, static_cast<uint32_t>(plan.word20));
+    put32(body, 24, plan.word24);
+    putText(body, 28, kNameField, plan.name);
+    putText(body, 156, kNameField, plan.secondName);
     return body;
 }
 

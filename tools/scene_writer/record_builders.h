@@ -32,15 +32,15 @@ constexpr size_t kPathField = 768;
 
 // ---- Textures ----------------------------------------------------------------------------------
 
-struct TextureFileSpec {
+struct TextureFilePlan {
     uint32_t paramA = 0, paramB = 0;
     int32_t id = 0;
     std::string name = "texture";
     std::string path = "textures/texture.png";
 };
-Bytes textureFileBody(const TextureFileSpec& spec);
+Bytes textureFileBody(const TextureFilePlan& plan);
 
-struct TextureDataSpec {
+struct TextureDataPlan {
     int32_t width = 2, height = 2;
     uint32_t paramA = 0, paramB = 0, paramC = 0;
     int32_t id = 0;
@@ -50,7 +50,7 @@ struct TextureDataSpec {
     std::optional<uint64_t> pixelOffset; // default: right behind the name field
 };
 constexpr uint64_t kTextureDataHeaderBytes = 44 + kNameField;
-Bytes textureDataBody(const TextureDataSpec& spec);
+Bytes textureDataBody(const TextureDataPlan& plan);
 
 // ---- Texture maps and materials ----------------------------------------------------------------
 
@@ -65,19 +65,19 @@ Bytes texMapBody(int32_t type, int32_t id, const std::string& name, size_t size 
 // The image of a material; type 25 is as long as its image, up to the cache slot.
 Bytes materialBody(int32_t type, int32_t id, int32_t aovId, const std::string& name, size_t size = 0);
 
-struct PhxDataSpec {
+struct PhxDataPlan {
     uint32_t gridX = 4, gridY = 4, gridZ = 4;
     std::array<float, 12> transform{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0};
     std::array<int64_t, 26> channelOffsets; // -1 means absent; all absent by default
     Bytes channelData;                      // placed at body offset 280
-    PhxDataSpec() { channelOffsets.fill(-1); }
+    PhxDataPlan() { channelOffsets.fill(-1); }
 };
-Bytes phxDataBody(const PhxDataSpec& spec);
+Bytes phxDataBody(const PhxDataPlan& plan);
 
 // ---- Settings ----------------------------------------------------------------------------------
 
 constexpr size_t kSettingsImage = 0x9848;
-struct SettingsSpec {
+struct SettingsPlan {
     int32_t imageSizeX = 640, imageSizeY = 480;
     int32_t maxIterations = 256;
     bool saveJpeg = true;
@@ -85,8 +85,8 @@ struct SettingsSpec {
     std::string outputName = "frame";
     std::vector<std::string> aovNames; // channels in use, NumChannels = their count
 };
-// A zero image with the spec's fields set.
-Bytes settingsBody(const SettingsSpec& spec);
+// A zero image with the plan's fields set.
+Bytes settingsBody(const SettingsPlan& plan);
 
 // ---- Cameras and lights ------------------------------------------------------------------------
 
@@ -102,7 +102,7 @@ Bytes lightBody(int32_t type, size_t size = 0);
 
 using FileKey = std::array<uint32_t, 9>; // a track key as 36 bytes in the file
 
-struct CameraPathSpec {
+struct CameraPathPlan {
     std::vector<FileKey> trackA, trackB, trackC;
     uint32_t word44 = 0, word48 = 0, word52 = 0;
     int32_t role = 0;
@@ -113,9 +113,9 @@ struct CameraPathSpec {
     std::optional<uint32_t> trackACount;
 };
 constexpr size_t kCameraPathHeaderBytes = 72 + kNameField;
-Bytes cameraPathBody(const CameraPathSpec& spec);
+Bytes cameraPathBody(const CameraPathPlan& plan);
 
-struct LightPathSpec {
+struct LightPathPlan {
     std::vector<FileKey> track;
     int32_t word20 = -1;
     uint32_t word24 = 0;
@@ -125,6 +125,6 @@ struct LightPathSpec {
     std::optional<uint32_t> trackCount;
 };
 constexpr size_t kLightPathHeaderBytes = 156 + kNameField;
-Bytes lightPathBody(const LightPathSpec& spec);
+Bytes lightPathBody(const LightPathPlan& plan);
 
 } // namespace scene_writer
