@@ -1,5 +1,6 @@
 // Writes a small, valid example scene: settings, a render camera, a light, two textures,
-// texture maps and materials, with stored and zstd bodies, in chain order.
+// texture maps, materials and two triangle meshes, with stored and zstd bodies, in chain order.
+#include "tools/scene_writer/geometry_builders.h"
 #include "tools/scene_writer/record_builders.h"
 
 #include <cstdio>
@@ -51,6 +52,8 @@ SceneFile exampleScene() {
     settings.maxIterations = 16;
     settings.outputName = "example";
     settings.aovNames = {"albedo", "normals"};
+    settings.startingVolumetricMaterial = -1; // the camera starts in air
+    settings.toneOperator = 2;                // ACES
     scene.add(zstdChunk(kSettings, settingsBody(settings)));
 
     CameraPathPlan cameraPath;
@@ -64,6 +67,10 @@ SceneFile exampleScene() {
     lightPath.name = "sun";
     scene.add(zstdChunk(kLight, lightBody(5), lightVersion(5)));
     scene.add(storedChunk(kLightPath, lightPathBody(lightPath)));
+
+    // A floor of two materials in rows, and a box in one piece.
+    scene.add(zstdChunk(kTriangleMesh, meshBody(gridMesh("ground", 16, 16, 2))));
+    scene.add(zstdChunk(kTriangleMesh, meshBody(gridMesh("box", 4, 4))));
     return scene;
 }
 

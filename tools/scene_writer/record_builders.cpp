@@ -90,6 +90,8 @@ Bytes settingsBody(const SettingsPlan& plan) {
     put32(image, 0x84B0, static_cast<uint32_t>(plan.imageSizeX));
     put32(image, 0x84B4, static_cast<uint32_t>(plan.imageSizeY));
     put32(image, 0x8B48, plan.saveJpeg ? 1 : 0);
+    put32(image, 0x70D0, plan.toneOperator);
+    put32(image, 0x9844, static_cast<uint32_t>(plan.startingVolumetricMaterial));
     putText(image, 0x84C8, kPathField, plan.outputPath);
     putText(image, 0x87C8, kNameField, plan.outputName);
     put32(image, 0x29BC, static_cast<uint32_t>(plan.aovNames.size()));

@@ -84,6 +84,8 @@ struct SettingsPlan {
     std::string outputPath = "out";
     std::string outputName = "frame";
     std::vector<std::string> aovNames; // channels in use, NumChannels = their count
+    int32_t startingVolumetricMaterial = 0;
+    uint32_t toneOperator = 0; // 0 EDITOR, 2 ACES
 };
 // A zero image with the plan's fields set.
 Bytes settingsBody(const SettingsPlan& plan);
