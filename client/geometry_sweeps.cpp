@@ -14,14 +14,14 @@ using TRDF_Load::TriangleMesh;
 
 namespace {
 
-SceneStatus readModel(SceneFileReader& reader, TriangleMesh*& head, uint64_t& offset) {
-    return readTriangleMesh(reader, head, offset);
+SceneStatus readModel(SceneFileReader& reader, TriangleMesh*& head, uint64_t& offset, ModelArrays arrays) {
+    return readTriangleMesh(reader, head, offset, arrays);
 }
-SceneStatus readModel(SceneFileReader& reader, FurMesh*& head, uint64_t& offset) {
-    return readFur(reader, head, offset);
+SceneStatus readModel(SceneFileReader& reader, FurMesh*& head, uint64_t& offset, ModelArrays arrays) {
+    return readFur(reader, head, offset, arrays);
 }
-SceneStatus readModel(SceneFileReader& reader, SprMesh*& head, uint64_t& offset) {
-    return readSprites(reader, head, offset);
+SceneStatus readModel(SceneFileReader& reader, SprMesh*& head, uint64_t& offset, ModelArrays arrays) {
+    return readSprites(reader, head, offset, arrays);
 }
 
 // Asks for a material only when the id changes from one element to the next.
@@ -86,7 +86,9 @@ template <class Mesh>
 SceneStatus SceneLoad::registerModels() {
     return sweep([&](uint64_t& offset, SceneStatus& status) {
         Mesh* head = nullptr;
-        status = readModel(reader, head, offset);
+        // Naming needs no arrays; they are checked all the same, so a body fails here as it would
+        // in the hand-over.
+        status = readModel(reader, head, offset, ModelArrays::CheckedOnly);
         if (status == SceneOk)
             for (Mesh* part = head; part; part = part->next) nameModel(part->name, part->modelNode);
         if (head) head->Release();
@@ -98,7 +100,7 @@ template <class Mesh>
 SceneStatus SceneLoad::handOverModels() {
     return sweep([&](uint64_t& offset, SceneStatus& status) {
         Mesh* head = nullptr;
-        status = readModel(reader, head, offset);
+        status = readModel(reader, head, offset, ModelArrays::Copied);
         if (status == SceneOk && head) {
             for (Mesh* part = head; part; part = part->next) requestMaterials(renderer, *part);
             renderer.raiseStatus(addModel(renderer, head));

@@ -66,6 +66,14 @@ void SceneFileReader::decompressBody(void*& out, uint64_t storedSize) {
         Attempt attempt = decodeInto(work, capacity, out, storedSize, decoded);
         if (attempt == Attempt::Decoded) {
             poolFree(pool, out);
+            // A frame that declared its size truly fills the working block exactly: that block
+            // is already what a fresh one of the decoded size would be, and handing it over
+            // spares a second body-sized block and a copy of the whole body.
+            if (decoded == capacity) {
+                out = work;
+                bodySize = decoded;
+                return;
+            }
             out = poolAlloc(pool, decoded);
             if (out) {
                 std::memcpy(out, work, decoded);

@@ -80,7 +80,9 @@ void buildTimeSlices(SceneFileReader& reader, Slice*& first, ByteSpan body, uint
             if (!spans(body, at, elements, elementCount * fileElementBytes) || !budget.take(bytes)) {
                 return fail(reader, SceneInvalid);
             }
-            if (!fill(*slice, body.data + at + elements, elementCount, bytes)) fail(reader, SceneOutOfMemory);
+            if (budget.copies() && !fill(*slice, body.data + at + elements, elementCount, bytes)) {
+                fail(reader, SceneOutOfMemory);
+            }
         }
         if (turn + 1 == count) break;
         // Slices stand one behind the other: each next one starts past this one's header.
@@ -165,12 +167,12 @@ SprMesh* buildSprites(SceneFileReader& reader, ByteSpan body, ArrayBudget& budge
 
 } // namespace
 
-SceneStatus readFur(SceneFileReader& reader, FurMesh*& head, uint64_t& offset) {
-    return readModelRun(reader, ChunkFur, kMorePartsFollow, head, offset,
+SceneStatus readFur(SceneFileReader& reader, FurMesh*& head, uint64_t& offset, ModelArrays arrays) {
+    return readModelRun(reader, ChunkFur, kMorePartsFollow, head, offset, arrays == ModelArrays::Copied,
                         [&](ByteSpan body, ArrayBudget& budget) { return buildFur(reader, body, budget); });
 }
 
-SceneStatus readSprites(SceneFileReader& reader, SprMesh*& head, uint64_t& offset) {
-    return readModelRun(reader, ChunkSprites, kMorePartsFollow, head, offset,
+SceneStatus readSprites(SceneFileReader& reader, SprMesh*& head, uint64_t& offset, ModelArrays arrays) {
+    return readModelRun(reader, ChunkSprites, kMorePartsFollow, head, offset, arrays == ModelArrays::Copied,
                         [&](ByteSpan body, ArrayBudget& budget) { return buildSprites(reader, body, budget); });
 }

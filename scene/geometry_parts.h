@@ -20,6 +20,9 @@ class ArrayBudget {
     static constexpr uint64_t kBaseAllowance = uint64_t(64) << 20;
     static constexpr uint64_t kBodyFactor = 16;
 
+    explicit ArrayBudget(bool copies) : copies_(copies) {}
+    // Whether arrays are built once they have passed their checks, or only checked.
+    bool copies() const { return copies_; }
     void grant(uint64_t bodyBytes) { remaining += bodyBytes * kBodyFactor; }
     bool take(uint64_t bytes) {
         if (bytes > remaining) return false;
@@ -29,6 +32,7 @@ class ArrayBudget {
 
   private:
     uint64_t remaining = kBaseAllowance;
+    bool copies_;
 };
 
 // True when [base + offset, base + offset + length) lies inside the body. No sum can wrap.
@@ -56,15 +60,16 @@ inline void fail(SceneFileReader& reader, SceneStatus status) {
 // and lasts while each part says that more follow. `build(body, budget)` makes one part from
 // a body and returns it, or null when nothing could be made; it reports failures through
 // reader.status. The part is linked even when it failed halfway, so the caller can release
-// what was built. `morePartsField` is the body offset of the part's follow flag.
+// what was built. `morePartsField` is the body offset of the part's follow flag; `copies`
+// goes to the budget.
 template <class Part, class Build>
 SceneStatus readModelRun(SceneFileReader& reader, uint32_t chunkType, uint64_t morePartsField, Part*& head,
-                         uint64_t& offset, Build build) {
+                         uint64_t& offset, bool copies, Build build) {
     if (reader.status == SceneEndOfChunks) reader.status = SceneOk;
     head = nullptr;
     Part* previous = nullptr;
     bool seenOne = false;
-    ArrayBudget budget;
+    ArrayBudget budget(copies);
     while (reader.status == SceneOk) {
         if (reader.nextChunk(offset) != SceneOk) break;
         offset = reader.chunk.nextChunkOffset;

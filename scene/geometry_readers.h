@@ -9,11 +9,20 @@
 // A chunk of the type with another version than 100 is passed over without a status. Every
 // offset and count in a body is checked against the body: what would lead outside it, or
 // describe far more array memory than the body could fill, is SceneInvalid.
+//
+// With ModelArrays::CheckedOnly the parts carry their headers, names, keys and slices, and
+// every array is checked as a full read checks it, but none is built: a sweep that only
+// wants the names fails on the same bodies without paying for the copies.
 #pragma once
 #include "scene/fur_sprite_objects.h"
 #include "scene/geometry_objects.h"
 #include "scene/scene_file_reader.h"
 
-SceneStatus readTriangleMesh(SceneFileReader& reader, TRDF_Load::TriangleMesh*& head, uint64_t& offset);
-SceneStatus readFur(SceneFileReader& reader, TRDF_Load::FurMesh*& head, uint64_t& offset);
-SceneStatus readSprites(SceneFileReader& reader, TRDF_Load::SprMesh*& head, uint64_t& offset);
+enum class ModelArrays { Copied, CheckedOnly };
+
+SceneStatus readTriangleMesh(SceneFileReader& reader, TRDF_Load::TriangleMesh*& head, uint64_t& offset,
+                             ModelArrays arrays = ModelArrays::Copied);
+SceneStatus readFur(SceneFileReader& reader, TRDF_Load::FurMesh*& head, uint64_t& offset,
+                    ModelArrays arrays = ModelArrays::Copied);
+SceneStatus readSprites(SceneFileReader& reader, TRDF_Load::SprMesh*& head, uint64_t& offset,
+                        ModelArrays arrays = ModelArrays::Copied);

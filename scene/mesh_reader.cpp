@@ -60,6 +60,7 @@ void fillArray(SceneFileReader& reader, StaticSliceT& slice, ByteSpan body, uint
                ArrayBudget& budget) {
     uint64_t offset = body.u64(at + job.offsetField);
     if (!spans(body, at, offset, job.bytes) || !budget.take(job.bytes)) return fail(reader, SceneInvalid);
+    if (!budget.copies()) return;
     void* block = slice.Allocate(job.bytes);
     if (!block) return fail(reader, SceneOutOfMemory);
     if (job.bytes) std::memcpy(block, body.data + at + offset, job.bytes);
@@ -135,6 +136,7 @@ void fillPositions(SceneFileReader& reader, TimeSliceT& slice, ByteSpan body, ui
     if (!spans(body, at, offset, count * kFilePositionBytes) || !budget.take(bytes)) {
         return fail(reader, SceneInvalid);
     }
+    if (!budget.copies()) return;
     void* block = slice.Allocate(bytes);
     if (!block) return fail(reader, SceneOutOfMemory);
     widenPositions(static_cast<uint8_t*>(block), kPositionBytes, body.data + at + offset, count);
@@ -155,6 +157,7 @@ void fillPoints(SceneFileReader& reader, TimeSliceT& slice, ByteSpan body, uint6
         (extras != 0 && !spans(body, at, extrasOffset, count * extras * kExtraBytes)) || !budget.take(bytes)) {
         return fail(reader, SceneInvalid);
     }
+    if (!budget.copies()) return;
     auto* points = static_cast<PointElement*>(slice.Allocate(bytes));
     if (!points) return fail(reader, SceneOutOfMemory);
     std::memset(points, 0, bytes);
@@ -246,8 +249,7 @@ TriangleMesh* buildPart(SceneFileReader& reader, ByteSpan body, ArrayBudget& bud
 
 } // namespace
 
-SceneStatus readTriangleMesh(SceneFileReader& reader, TriangleMesh*& head, uint64_t& offset) {
-    return readModelRun(reader, ChunkTriangleMesh, kMorePartsFollow, head, offset, [&](ByteSpan body, ArrayBudget& budget) {
-        return buildPart(reader, body, budget);
-    });
+SceneStatus readTriangleMesh(SceneFileReader& reader, TriangleMesh*& head, uint64_t& offset, ModelArrays arrays) {
+    return readModelRun(reader, ChunkTriangleMesh, kMorePartsFollow, head, offset, arrays == ModelArrays::Copied,
+                        [&](ByteSpan body, ArrayBudget& budget) { return buildPart(reader, body, budget); });
 }

@@ -56,7 +56,7 @@ template <class Kind> class CloudReader : public ::testing::Test {
         chain.release();
         scene = std::make_unique<GeometryScene>(sceneOf({storedChunk(Kind::kType, body)}));
         uint64_t offset = 0;
-        return Kind::read(scene->reader, chain.head, offset);
+        return Kind::read(scene->reader, chain.head, offset, ModelArrays::Copied);
     }
     // Slice s holds `elements` elements, the material word of element e having a high byte set.
     static uint32_t materialWord(int32_t s, int32_t e) { return 0xAB000000u | uint32_t(0x100 * s + e); }

@@ -70,11 +70,11 @@ struct Outcome {
     size_t parts;
 };
 
-template <class Part, class Read> Outcome readFirstModel(const Bytes& file, Read read) {
+template <class Part, class Read> Outcome readFirstModel(const Bytes& file, Read read, ModelArrays arrays) {
     GeometryScene scene(file);
     Chain<Part> chain;
     uint64_t offset = 0;
-    SceneStatus status = read(scene.reader, chain.head, offset);
+    SceneStatus status = read(scene.reader, chain.head, offset, arrays);
     return {status, chain.length()};
 }
 
@@ -86,9 +86,16 @@ Outcome readModel(Kind kind, std::initializer_list<Bytes> bodies, size_t cutFile
     Bytes bytes = file.build();
     bytes.resize(bytes.size() - cutFileBy);
     const LiveMemory before = liveMemory();
-    Outcome outcome = kind == kMesh      ? readFirstModel<TRDF_Load::TriangleMesh>(bytes, readTriangleMesh)
-                      : kind == kFurKind ? readFirstModel<TRDF_Load::FurMesh>(bytes, readFur)
-                                         : readFirstModel<TRDF_Load::SprMesh>(bytes, readSprites);
+    auto read = [&](ModelArrays arrays) {
+        return kind == kMesh      ? readFirstModel<TRDF_Load::TriangleMesh>(bytes, readTriangleMesh, arrays)
+               : kind == kFurKind ? readFirstModel<TRDF_Load::FurMesh>(bytes, readFur, arrays)
+                                  : readFirstModel<TRDF_Load::SprMesh>(bytes, readSprites, arrays);
+    };
+    const Outcome outcome = read(ModelArrays::Copied);
+    // A read that only checks the arrays must refuse the same bodies at the same part.
+    const Outcome checked = read(ModelArrays::CheckedOnly);
+    EXPECT_EQ(checked.status, outcome.status) << "checked only";
+    EXPECT_EQ(checked.parts, outcome.parts) << "checked only";
     EXPECT_TRUE(liveMemory() == before) << "the chain was not released whole";
     return outcome;
 }
