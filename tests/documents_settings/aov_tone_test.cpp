@@ -1,30 +1,27 @@
+// The two sections that close a settings pass: the AOV channels, counted from what the document
+// lists, and the tone operator block, which only a ToneOperator element touches.
 #include "documents/aov_tone_sections.h"
 #include "documents/settings_document.h"
 
-#include "common/unicode.h"
 #include "tests/documents_settings/settings_test_support.h"
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <memory>
 #include <string>
-#include <vector>
+#include <tuple>
+#include <utility>
 
 using namespace settings_test;
 
 namespace {
 
-constexpr uint8_t kFill = 0xA5;
-constexpr uint32_t kFillWord = 0xA5A5A5A5;
-constexpr uint32_t kChannels = 0x29D0;
-constexpr uint32_t kChannelBytes = 0x234;
 constexpr uint32_t kTone = 0x7050;
 
 class AovTone : public ::testing::Test {
   protected:
     TempFolder folder;
-    TableNames names;
+    RecordingNames names;
     std::unique_ptr<SettingsRecord> record = std::make_unique<SettingsRecord>();
 
     void SetUp() override { std::memset(record.get(), kFill, sizeof *record); }
@@ -36,235 +33,167 @@ class AovTone : public ::testing::Test {
     static std::string channels(int count, const std::string& element = "Channel") {
         std::string text;
         for (int i = 0; i < count; ++i)
-            text += "<" + element + " name=\"c" + std::to_string(i) + "\"/>";
+            text += "<" + element + " name='c" + std::to_string(i) + "'/>";
         return text;
     }
-    uint32_t channel(int index) const { return kChannels + kChannelBytes * static_cast<uint32_t>(index); }
+    static uint32_t channel(int index) { return 0x29D0 + 0x234 * static_cast<uint32_t>(index); }
 };
 
-// ---- Counting channels -------------------------------------------------------------------------
-
 TEST_F(AovTone, ChannelCountIsWhatTheDocumentLists) {
-    struct Case {
-        const char* name;
-        std::string body;
-        uint32_t saveAov;
-        int32_t count;
-    };
-    const std::vector<Case> cases = {
+    const std::tuple<const char*, std::string, uint32_t, int32_t> cases[] = {
         {"no AOV switches the output off", "", 0, 0},
-        {"AOV without Channels too", "<AOV><SaveAOV value=\"true\"/><NumChannels value=\"4\"/></AOV>", 0, 0},
+        {"AOV without Channels too", "<AOV><SaveAOV value='true'/><NumChannels value='4'/></AOV>", 0, 0},
         {"NumChannels 3 with five channels",
-         "<AOV><SaveAOV value=\"true\"/><NumChannels value=\"3\"/><Channels>" + channels(5) +
-             "</Channels></AOV>",
+         "<AOV><SaveAOV value='true'/><NumChannels value='3'/><Channels>" + channels(5) + "</Channels></AOV>",
          1, 5},
-        {"33 channels give 32", "<AOV><SaveAOV value=\"1\"/><Channels>" + channels(33) + "</Channels></AOV>",
-         1, 32},
-        {"an empty list", "<AOV><SaveAOV value=\"true\"/><NumChannels value=\"9\"/><Channels/></AOV>", 1, 0},
+        {"33 channels give 32", "<AOV><SaveAOV value='1'/><Channels>" + channels(33) + "</Channels></AOV>", 1,
+         32},
+        {"an empty list", "<AOV><SaveAOV value='true'/><NumChannels value='9'/><Channels/></AOV>", 1, 0},
         {"other elements don't count",
-         "<AOV><SaveAOV value=\"yes\"/><Channels>" + channels(2) + channels(3, "Chanel") +
+         "<AOV><SaveAOV value='yes'/><Channels>" + channels(2) + channels(3, "Chanel") +
              "<!-- c --><CHANNEL/>text<channel/></Channels></AOV>",
          1, 4},
         {"SaveAOV follows the scratch byte",
-         "<System><NoCacheClear value=\"true\"/></System><AOV><Channels>" + channels(1) + "</Channels></AOV>",
+         "<System><NoCacheClear value='true'/></System><AOV><Channels>" + channels(1) + "</Channels></AOV>",
          1, 1},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, body, saveAov, count] : cases) {
+        SCOPED_TRACE(name);
         std::memset(record.get(), kFill, sizeof *record);
         record->SaveAOV = 1;
         record->NumChannels = 5;
-        ASSERT_TRUE(apply(c.body));
-        EXPECT_EQ(record->SaveAOV, c.saveAov);
-        EXPECT_EQ(record->NumChannels, c.count);
+        ASSERT_TRUE(apply(body));
+        EXPECT_EQ(record->SaveAOV, saveAov);
+        EXPECT_EQ(record->NumChannels, count);
     }
-}
-
-TEST_F(AovTone, ChannelsBeyondTheCountAreNotTouched) {
+    // The 32nd channel is the last; a 33rd would overwrite the tone operator block behind it.
     ASSERT_TRUE(apply("<AOV><Channels>" + channels(33) + "</Channels></AOV>"));
     EXPECT_EQ(textAt(*record, channel(31) + 0x1C, 64), "c31");
-    // Past the table lies the tone operator block, which a 33rd channel would overwrite.
     EXPECT_EQ(wordAt(*record, kTone), kFillWord);
+    // Channels past the count keep what they had.
     ASSERT_TRUE(apply("<AOV><Channels>" + channels(2) + "</Channels></AOV>"));
-    EXPECT_EQ(wordAt(*record, channel(2) + 0x18), 6u) << "left from the earlier read";
-    std::memset(reinterpret_cast<uint8_t*>(record.get()) + channel(2), kFill, kChannelBytes);
-    ASSERT_TRUE(apply("<AOV><Channels>" + channels(2) + "</Channels></AOV>"));
-    EXPECT_EQ(wordAt(*record, channel(2) + 0x18), kFillWord);
+    EXPECT_EQ(textAt(*record, channel(2) + 0x1C, 64), "c2");
 }
 
-// ---- One channel -------------------------------------------------------------------------------
-
-TEST_F(AovTone, AChannelStartsFromItsDefaults) {
-    ASSERT_TRUE(apply(
-        "<AOV><Channels><Channel name=\"first\"/><Channel type=\"DEPTH\"/><Channel/></Channels></AOV>"));
-    EXPECT_EQ(textAt(*record, channel(0) + 0x1C, 64), "first");
-    EXPECT_EQ(textAt(*record, channel(1) + 0x1C, 64), "default_name_1");
-    EXPECT_EQ(textAt(*record, channel(2) + 0x1C, 64), "default_name_2");
-    const AovChannel& entry = record->Channels[2];
-    const uint8_t* bytes = reinterpret_cast<const uint8_t*>(&entry);
+TEST_F(AovTone, AChannelStartsFromItsDefaultsAndTakesItsNameAndType) {
+    const std::string longName(80, 'x');
+    ASSERT_TRUE(apply("<AOV><Channels><Channel name='first'/><Channel type='DEPTH'/><Channel/>"
+                      "<Channel name='" +
+                      longName +
+                      "' type='crypto_material'/><Channel name='' type='NOT_A_TYPE'/>"
+                      "<Channel name='\xE6\x9C\xA8' type='Tex7'/></Channels></AOV>"));
+    const std::pair<std::string, uint32_t> expected[] = {
+        {"first", 0}, {"default_name_1", 3}, {"default_name_2", 0}, {std::string(63, 'x'), 24},
+        {"", 0},      {"\xE6\x9C\xA8", 18}};
+    for (int i = 0; i < 6; ++i) {
+        EXPECT_EQ(textAt(*record, channel(i) + 0x1C, 64), expected[i].first) << i;
+        EXPECT_EQ(wordAt(*record, channel(i) + 0x0C), expected[i].second) << i;
+    }
+    const uint8_t* bytes = reinterpret_cast<const uint8_t*>(&record->Channels[2]);
     for (uint32_t offset = 0; offset < 0x18; ++offset)
         EXPECT_EQ(bytes[offset], 0) << offset;
-    EXPECT_EQ(wordAt(entry, 0x18), 6u);
+    EXPECT_EQ(wordAt(record->Channels[2], 0x18), 6u);
     for (uint32_t offset = 0x1C + 2 * 15; offset < 0x21C; ++offset)
         ASSERT_EQ(bytes[offset], 0) << offset;
     const uint8_t flags[] = {0, 0, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 0, 0, 0, 0, 0, 0, 0, 1, 1, 0, 0, 0};
     for (uint32_t i = 0; i < sizeof flags; ++i)
         EXPECT_EQ(bytes[0x21C + i], flags[i]) << std::hex << 0x21C + i;
-    EXPECT_EQ(wordAt(*record, channel(1) + 0x0C), 3u);
 }
 
-TEST_F(AovTone, ChannelNamesAndTypes) {
-    const std::string longName(80, 'x');
-    ASSERT_TRUE(apply("<AOV><Channels>"
-                      "<Channel name=\"" +
-                      longName +
-                      "\" type=\"crypto_material\"/>"
-                      "<Channel name=\"\" type=\"NOT_A_TYPE\"/>"
-                      "<Channel name=\"\xE6\x9C\xA8\" type=\"Tex7\"/>"
-                      "</Channels></AOV>"));
-    EXPECT_EQ(textAt(*record, channel(0) + 0x1C, 64), std::string(63, 'x'));
-    EXPECT_EQ(wordAt(*record, channel(0) + 0x0C), 24u);
-    EXPECT_EQ(textAt(*record, channel(1) + 0x1C, 64), "") << "a name that is there, though empty, stays";
-    EXPECT_EQ(wordAt(*record, channel(1) + 0x0C), 0u);
-    EXPECT_EQ(textAt(*record, channel(2) + 0x1C, 64), "\xE6\x9C\xA8");
-    EXPECT_EQ(wordAt(*record, channel(2) + 0x0C), 18u);
-}
-
+// Each flag flipped from its default alone, so that every key shows at its own byte.
 TEST_F(AovTone, ChannelElementsReadEachToItsByte) {
-    struct Flag {
-        const char* key;
-        uint32_t offset;
-    };
-    const Flag flags[] = {
-        {"SeparateFile", 0x21C},
-        {"HalfFloat", 0x21D},
-        {"Denoise", 0x21E},
-        {"ToneOperator", 0x220},
-        {"Diffuse", 0x221},
-        {"Reflection", 0x222},
-        {"Transmission", 0x223},
-        {"Coat", 0x224},
-        {"SSS", 0x225},
-        {"Volumetric", 0x226},
-        {"Other", 0x227},
-        {"DiffuseDeny", 0x228},
-        {"ReflectionDeny", 0x229},
-        {"TransmissionDeny", 0x22A},
-        {"CoatDeny", 0x22B},
-        {"SSSDeny", 0x22C},
-        {"VolumetricDeny", 0x22D},
-        {"OtherDeny", 0x22E},
-        {"PrimaryPass", 0x22F},
-        {"CausticPass", 0x230},
-    };
-    // Each flag flipped from its default, alone, so that every key shows at its own byte.
-    for (const Flag& flag : flags) {
-        SCOPED_TRACE(flag.key);
-        ASSERT_TRUE(apply("<AOV><Channels><Channel/></Channels></AOV>"));
-        const uint8_t defaultValue = byteAt(*record, channel(0) + flag.offset);
-        const std::string value = defaultValue ? "false" : "true";
-        ASSERT_TRUE(apply(std::string("<AOV><Channels><Channel><") + flag.key + " value=\"" + value +
-                          "\"/><MaxCryptomatteSamples value=\"11\"/></Channel></Channels></AOV>"));
-        for (const Flag& other : flags) {
-            const uint8_t expected =
-                &other == &flag ? !defaultValue : byteAt(*record, channel(0) + other.offset);
-            EXPECT_EQ(byteAt(*record, channel(0) + other.offset), expected) << other.key;
-        }
-        EXPECT_EQ(byteAt(*record, channel(0) + flag.offset), defaultValue ? 0 : 1);
-        EXPECT_EQ(wordAt(*record, channel(0) + 0x18), 11u);
-        EXPECT_EQ(byteAt(*record, channel(0) + 0x21F), 1) << "no key reaches the reserved byte";
+    // clang-format off
+    const std::pair<const char*, uint32_t> flags[] = {
+        {"SeparateFile", 0x21C}, {"HalfFloat", 0x21D}, {"Denoise", 0x21E}, {"ToneOperator", 0x220},
+        {"Diffuse", 0x221}, {"Reflection", 0x222}, {"Transmission", 0x223}, {"Coat", 0x224}, {"SSS", 0x225},
+        {"Volumetric", 0x226}, {"Other", 0x227}, {"DiffuseDeny", 0x228}, {"ReflectionDeny", 0x229},
+        {"TransmissionDeny", 0x22A}, {"CoatDeny", 0x22B}, {"SSSDeny", 0x22C}, {"VolumetricDeny", 0x22D},
+        {"OtherDeny", 0x22E}, {"PrimaryPass", 0x22F}, {"CausticPass", 0x230}};
+    // clang-format on
+    ASSERT_TRUE(apply("<AOV><Channels><Channel/></Channels></AOV>"));
+    const AovChannel defaults = record->Channels[0];
+    for (const auto& [key, offset] : flags) {
+        SCOPED_TRACE(key);
+        const uint8_t flipped = byteAt(defaults, offset) ? 0 : 1;
+        ASSERT_TRUE(apply(std::string("<AOV><Channels><Channel><") + key + " value='" +
+                          (flipped ? "true" : "false") +
+                          "'/><MaxCryptomatteSamples value='11'/></Channel></Channels></AOV>"));
+        for (uint32_t b = 0x21C; b < sizeof(AovChannel); ++b)
+            EXPECT_EQ(byteAt(record->Channels[0], b), b == offset ? flipped : byteAt(defaults, b))
+                << std::hex << b;
+        EXPECT_EQ(wordAt(record->Channels[0], 0x18), 11u);
     }
 }
 
-// ---- Id masks ----------------------------------------------------------------------------------
-
 TEST_F(AovTone, IdMasks) {
-    struct Case {
-        const char* element;
-        uint32_t expected;
-    };
-    const Case cases[] = {
-        {"<IncludeID value=\"1\" id3=\"true\" sun=\"true\"/>", 0x80000005u},
-        {"<IncludeID value=\"4294967295\"/>", 0xFFFFFFFFu},
-        {"<IncludeID value=\"0x10\" id1=\"false\" id2=\"0\"/>", 0x10u},
-        {"<IncludeID id32=\"y\" id1=\"T\"/>", 0x80000001u},
-        {"<IncludeID id30=\"true\" sky=\"true\"/>", 1u << 29},
-        {"<IncludeID glow=\"1\"/>", 1u << 30},
-        {"<IncludeID id33=\"true\" id0=\"true\" ID5=\"true\" id5=\"\"/>", 0u},
+    const std::pair<const char*, uint32_t> cases[] = {
+        {"<IncludeID value='1' id3='true' sun='true'/>", 0x80000005u},
+        {"<IncludeID value='4294967295'/>", 0xFFFFFFFFu},
+        {"<IncludeID value='0x10' id1='false' id2='0'/>", 0x10u},
+        {"<IncludeID id32='y' id1='T'/>", 0x80000001u},
+        {"<IncludeID id30='true' sky='true'/>", 1u << 29},
+        {"<IncludeID glow='1'/>", 1u << 30},
+        {"<IncludeID id33='true' id0='true' ID5='true' id5=''/>", 0u},
         {"<IncludeID/>", 0u},
         {"", 0u},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.element);
-        ASSERT_TRUE(
-            apply(std::string("<AOV><Channels><Channel>") + c.element + "</Channel></Channels></AOV>"));
-        EXPECT_EQ(record->Channels[0].IncludeID, c.expected);
+    for (const auto& [element, expected] : cases) {
+        SCOPED_TRACE(element);
+        ASSERT_TRUE(apply(std::string("<AOV><Channels><Channel>") + element + "</Channel></Channels></AOV>"));
+        EXPECT_EQ(record->Channels[0].IncludeID, expected);
         EXPECT_EQ(record->Channels[0].ExcludeID, 0u);
     }
     std::string all = "<ExcludeID";
     for (int id = 1; id <= 32; ++id)
-        all += " id" + std::to_string(id) + "=\"" + (id % 2 ? "true" : "false") + "\"";
+        all += " id" + std::to_string(id) + "='" + (id % 2 ? "true" : "false") + "'";
     ASSERT_TRUE(apply("<AOV><Channels><Channel>" + all + "/></Channel></Channels></AOV>"));
     EXPECT_EQ(record->Channels[0].ExcludeID, 0x55555555u);
     EXPECT_EQ(record->Channels[0].IncludeID, 0u);
 }
 
-// ---- Tone operator -----------------------------------------------------------------------------
-
 TEST_F(AovTone, ToneOperatorWithoutItsElementChangesNothing) {
     setText(*record, kTone + 0xE60, u"scene.cube");
-    const std::vector<uint8_t> before(reinterpret_cast<uint8_t*>(&record->ToneOperator),
-                                      reinterpret_cast<uint8_t*>(&record->ToneOperator) +
-                                          sizeof(ToneOperatorRecord));
+    const ToneOperatorRecord before = record->ToneOperator;
     ASSERT_TRUE(apply("<Quality/>"));
-    EXPECT_EQ(std::memcmp(&record->ToneOperator, before.data(), before.size()), 0);
+    EXPECT_EQ(std::memcmp(&record->ToneOperator, &before, sizeof before), 0);
     ReadToneOperator(pugi::xml_node(), &record->ToneOperator);
-    EXPECT_EQ(std::memcmp(&record->ToneOperator, before.data(), before.size()), 0);
+    EXPECT_EQ(std::memcmp(&record->ToneOperator, &before, sizeof before), 0);
 }
 
+// With the element, an absent Apply switch is 0, an absent LUTPath is cleared, and an absent
+// number, word or colour channel stays.
 TEST_F(AovTone, ToneOperatorWordsAndAbsentKeys) {
-    struct Case {
-        const char* element;
-        uint32_t operatorType;
-    };
-    const Case cases[] = {
-        {"<OperatorType value=\"editor\"/>", 0},
-        {"<OperatorType value=\"Reinhard\"/>", 1},
-        {"<OperatorType value=\"ACES\"/>", 2},
-        {"<OperatorType value=\"filmic\"/>", 3},
-        {"<OperatorType value=\"DISABLED\"/>", 4},
-        {"<OperatorType value=\"LINEAR\"/>", 77},
+    const std::pair<const char*, uint32_t> cases[] = {
+        {"<OperatorType value='editor'/>", 0},
+        {"<OperatorType value='Reinhard'/>", 1},
+        {"<OperatorType value='ACES'/>", 2},
+        {"<OperatorType value='filmic'/>", 3},
+        {"<OperatorType value='DISABLED'/>", 4},
+        {"<OperatorType value='LINEAR'/>", 77},
         {"", 77},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.element);
+    for (const auto& [element, operatorType] : cases) {
+        SCOPED_TRACE(element);
         std::memset(record.get(), kFill, sizeof *record);
         setText(*record, kTone + 0xE60, u"scene.cube");
         setWord(*record, kTone + 0x80, 77);
-        ASSERT_TRUE(
-            apply(std::string("<ToneOperator><ApplyGamma value=\"true\"/>") + c.element + "</ToneOperator>"));
-        EXPECT_EQ(wordAt(*record, kTone + 0x80), c.operatorType);
-        EXPECT_EQ(textAt(*record, kTone + 0xE60, 384), "") << "LUTPath absent is cleared";
+        ASSERT_TRUE(apply(std::string("<ToneOperator><ApplyGamma value='true'/><TintRGB G='0.5'/>") +
+                          element + "</ToneOperator>"));
+        EXPECT_EQ(wordAt(*record, kTone + 0x80), operatorType);
+        EXPECT_EQ(textAt(*record, kTone + 0xE60, 384), "");
         EXPECT_EQ(wordAt(*record, kTone + 0xA8), 1u);
-        for (uint32_t apply : {0x00u, 0x08u, 0x18u, 0x5Cu, 0xBCu, 0xE4Cu, 0xE50u}) {
-            EXPECT_EQ(wordAt(*record, kTone + apply), 0u) << "an absent Apply switch is 0";
-        }
-        EXPECT_EQ(wordAt(*record, kTone + 0x04), kFillWord) << "an absent float stays";
+        for (uint32_t applySwitch : {0x00u, 0x08u, 0x18u, 0x5Cu, 0xBCu, 0xE4Cu, 0xE50u})
+            EXPECT_EQ(wordAt(*record, kTone + applySwitch), 0u) << std::hex << applySwitch;
+        EXPECT_EQ(wordAt(*record, kTone + 0x04), kFillWord);
+        EXPECT_EQ(wordAt(*record, kTone + 0x1C), kFillWord);
+        EXPECT_EQ(floatAt(*record, kTone + 0x20), 0.5f);
+        EXPECT_EQ(wordAt(*record, kTone + 0x24), kFillWord);
     }
 }
 
-TEST_F(AovTone, TintKeepsMissingChannels) {
-    ASSERT_TRUE(apply("<ToneOperator><TintRGB G=\"0.5\"/></ToneOperator>"));
-    EXPECT_EQ(wordAt(*record, kTone + 0x1C), kFillWord);
-    EXPECT_EQ(floatAt(*record, kTone + 0x20), 0.5f);
-    EXPECT_EQ(wordAt(*record, kTone + 0x24), kFillWord);
-}
-
 TEST_F(AovTone, CurvesReadTheirSegmentsAndDropTheDerivedData) {
-    ASSERT_TRUE(apply("<ToneOperator>"
-                      "<CurveSplineG><Segment id=\"31\" ts=\"0.1\" te=\"0.9\" ve=\"2\"/>"
-                      "<Segment id=\"32\" ts=\"5\"/></CurveSplineG>"
-                      "<CurveSplineB/></ToneOperator>"));
+    ASSERT_TRUE(apply("<ToneOperator><CurveSplineG><Segment id='31' ts='0.1' te='0.9' ve='2'/>"
+                      "<Segment id='32' ts='5'/></CurveSplineG><CurveSplineB/></ToneOperator>"));
     const uint32_t red = kTone + 0xC0, green = kTone + 0x544, blue = kTone + 0x9C8;
     // Red is absent: segments and derived data stay.
     for (uint32_t offset = 0; offset < 0x484; offset += 4)

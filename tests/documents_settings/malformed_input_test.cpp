@@ -38,15 +38,18 @@ const std::string kCamera = "<TaviCamera type=\"PERSPECTIVE\"><Common><Aspect "
                             "value=\"2\"/></Stereo></Common><Perspective><FovX><Segment id=\"3\"/></FovX>"
                             "<LensShiftX value=\"0.1\"/></Perspective></TaviCamera>";
 
+// Every cut, from the empty file on, and a file that isn't there.
 TEST(MalformedInput, EveryCutOfASettingsDocument) {
     TempFolder folder;
-    TableNames names;
+    RecordingNames names;
     auto record = std::make_unique<SettingsRecord>();
     auto before = std::make_unique<SettingsRecord>();
-    for (size_t length = 0; length <= kSettings.size(); ++length) {
+    for (size_t length = 0; length <= kSettings.size() + 1; ++length) {
         std::memset(record.get(), 0x5A, sizeof *record);
         std::memcpy(before.get(), record.get(), sizeof *record);
-        const std::u16string path = folder.write("cut.xml", kSettings.substr(0, length));
+        const std::u16string path = length > kSettings.size()
+                                        ? folder.pathOf("missing.xml")
+                                        : folder.write("cut.xml", kSettings.substr(0, length));
         if (!ApplySettingsDocument(record.get(), path.c_str(), &names)) {
             ASSERT_EQ(std::memcmp(record.get(), before.get(), sizeof *record), 0) << "cut at " << length;
         } else {
@@ -57,17 +60,21 @@ TEST(MalformedInput, EveryCutOfASettingsDocument) {
     }
 }
 
+// The cuts go round the five projections, so that every reader meets them.
 TEST(MalformedInput, EveryCutOfACameraDocument) {
     TempFolder folder;
-    TableNames names;
-    for (size_t length = 0; length <= kCamera.size(); ++length) {
+    for (size_t length = 0; length <= kCamera.size() + 1; ++length) {
         CameraRecord camera;
         std::memset(&camera, 0x5A, sizeof camera);
-        camera.type = 1;
+        camera.type = static_cast<int32_t>(1 + length % 5);
         const CameraRecord before = camera;
-        const std::u16string path = folder.write("cut.xml", kCamera.substr(0, length));
+        RecordingNames names;
+        const std::u16string path = length > kCamera.size()
+                                        ? folder.pathOf("missing.xml")
+                                        : folder.write("cut.xml", kCamera.substr(0, length));
         if (!ReadCameraDocument(&camera, path.c_str(), &names)) {
             ASSERT_EQ(std::memcmp(&camera, &before, sizeof camera), 0) << "cut at " << length;
+            ASSERT_TRUE(names.calls.empty()) << "cut at " << length;
         }
     }
 }
