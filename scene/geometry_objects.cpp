@@ -19,7 +19,7 @@ namespace {
 constexpr size_t kSliceAlignment = 64;
 // Arrays this large take whole pages of their own: they are written from end to end at once,
 // and the system backs such runs with huge pages, which spares most of the faults.
-constexpr size_t kPagedArrayBytes = size_t(4) << 20;
+constexpr size_t kPagedArrayBytes = size_t(2) << 20;
 std::atomic<uint64_t> gLiveSliceArrays{0};
 
 } // namespace
