@@ -16,11 +16,13 @@ constexpr size_t kPageSize = 4096;
 constexpr size_t kHugePageRun = size_t(2) << 20;
 constexpr size_t kHugePage = size_t(2) << 20;
 
+// No address space holds a run longer than this; asking for more fails before any rounding.
+constexpr size_t kLongestRun = SIZE_MAX / 2;
+
+bool wantsHugePages(size_t bytes) { return bytes >= kHugePageRun; }
+
 // The length a run of `bytes` is mapped with: large runs end on a huge-page boundary too, so
 // that their last part is no run of small pages.
-bool wantsHugePages(size_t bytes) {
-    return bytes >= kHugePageRun && bytes <= SIZE_MAX - 2 * kHugePage;
-}
 size_t mappedLength(size_t bytes) {
     const size_t unit = wantsHugePages(bytes) ? kHugePage : kPageSize;
     return (bytes + unit - 1) & ~(unit - 1);
@@ -29,6 +31,7 @@ size_t mappedLength(size_t bytes) {
 } // namespace
 
 void* allocatePages(size_t bytes) {
+    if (bytes == 0 || bytes > kLongestRun) return nullptr;
     const size_t length = mappedLength(bytes);
     if (!wantsHugePages(bytes)) {
         void* mapping = mmap(nullptr, length, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
