@@ -38,20 +38,6 @@ void appendIntAttribute(pugi::xml_node element, const char* name, int64_t value)
     setText(element.append_attribute(name), text);
 }
 
-// Rounds like an IEEE narrowing, without the undefined behaviour of casting a double that lies
-// beyond the float range.
-float narrowToFloat(double value) {
-    constexpr double kMax = std::numeric_limits<float>::max();
-    // Half an ulp above the largest float: from here on round-to-nearest gives infinity.
-    const double overflowFrom = kMax + std::ldexp(1.0, 103);
-    if (std::isfinite(value) && std::fabs(value) > kMax) {
-        const float big = std::fabs(value) >= overflowFrom ? std::numeric_limits<float>::infinity()
-                                                           : std::numeric_limits<float>::max();
-        return value < 0 ? -big : big;
-    }
-    return static_cast<float>(value);
-}
-
 // Reads a float attribute if it is there; a missing attribute leaves the value alone.
 void readFloatAttribute(pugi::xml_node element, const char* name, float* value) {
     pugi::xml_attribute attribute = element.attribute(name);
@@ -116,6 +102,18 @@ bool overflows(const char* p, const char* end, bool hex) {
 }
 
 } // namespace
+
+float narrowToFloat(double value) {
+    constexpr double kMax = std::numeric_limits<float>::max();
+    // Half an ulp above the largest float: from here on round-to-nearest gives infinity.
+    const double overflowFrom = kMax + std::ldexp(1.0, 103);
+    if (std::isfinite(value) && std::fabs(value) > kMax) {
+        const float big = std::fabs(value) >= overflowFrom ? std::numeric_limits<float>::infinity()
+                                                           : std::numeric_limits<float>::max();
+        return value < 0 ? -big : big;
+    }
+    return static_cast<float>(value);
+}
 
 // ---- Opening a document ------------------------------------------------------------------------
 

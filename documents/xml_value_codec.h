@@ -92,6 +92,9 @@ void XmlFormatFloat(float value, char (&out)[128]);
 // exponent. Trailing text is ignored; a text that doesn't begin with a number reads as 0.
 // Out of range gives infinity or zero of the sign.
 double XmlParseDouble(const char* text);
+// The double as the nearest float, the way an IEEE narrowing rounds; beyond the float range it
+// gives the largest float or infinity instead of the undefined cast.
+float narrowToFloat(double value);
 // The first-character bool rule.
 bool XmlParseBool(const char* text);
 

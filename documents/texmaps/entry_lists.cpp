@@ -2,26 +2,7 @@
 
 #include "documents/xml_value_codec.h"
 
-#include <cmath>
 #include <cstring>
-#include <limits>
-
-namespace {
-
-// Narrowing that rounds like the hardware does, without casting a double beyond the float range.
-float narrowToFloat(double value) {
-    constexpr double kMax = std::numeric_limits<float>::max();
-    // Half an ulp above the largest float: from here on round-to-nearest gives infinity.
-    const double overflowFrom = kMax + std::ldexp(1.0, 103);
-    if (std::isfinite(value) && std::fabs(value) > kMax) {
-        const float big = std::fabs(value) >= overflowFrom ? std::numeric_limits<float>::infinity()
-                                                           : std::numeric_limits<float>::max();
-        return value < 0 ? -big : big;
-    }
-    return static_cast<float>(value);
-}
-
-} // namespace
 
 pugi::xml_node appendChildElement(pugi::xml_node parent, const char* name) {
     return parent.type() == pugi::node_element ? parent.append_child(name) : pugi::xml_node();
