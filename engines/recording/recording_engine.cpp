@@ -112,6 +112,18 @@ std::string volumeCache(const MaterialRecord& material) {
     return out.str();
 }
 
+// A fur or sprite model: every element of every time slice gives its material word.
+template <class Part, class Word> std::string cloudLine(const Part* head, Word word) {
+    ModelLine line;
+    for (const Part* part = head; part; part = part->next) {
+        line.addPart(part->name, part->elementCount);
+        for (const auto* slice = part->timeSlices; slice; slice = slice->next)
+            if (slice->elements)
+                for (int32_t i = 0; i < part->elementCount; ++i) line.addMaterial(word(slice->elements[i]));
+    }
+    return line.text("elements");
+}
+
 class RecordingEngine final : public ITaviTracer {
   public:
     int32_t initialise(const char16_t* libraryPath) override {
@@ -172,24 +184,12 @@ class RecordingEngine final : public ITaviTracer {
         return record("addTriangleMeshes", line.text("triangles"));
     }
     int32_t addFur(bridgeFurMesh* head, ITaviRenderCallback*) override {
-        ModelLine line;
-        for (auto* part = static_cast<TRDF_Load::FurMesh*>(head); part; part = part->next) {
-            line.addPart(part->name, part->elementCount);
-            for (auto* slice = part->timeSlices; slice; slice = slice->next)
-                if (slice->elements)
-                    for (int32_t i = 0; i < part->elementCount; ++i) line.addMaterial(slice->elements[i].materialWord);
-        }
-        return record("addFur", line.text("elements"));
+        return record("addFur", cloudLine(static_cast<TRDF_Load::FurMesh*>(head),
+                                          [](const auto& element) { return element.materialWord; }));
     }
     int32_t addSprites(bridgeSprMesh* head, ITaviRenderCallback*) override {
-        ModelLine line;
-        for (auto* part = static_cast<TRDF_Load::SprMesh*>(head); part; part = part->next) {
-            line.addPart(part->name, part->elementCount);
-            for (auto* slice = part->timeSlices; slice; slice = slice->next)
-                if (slice->elements)
-                    for (int32_t i = 0; i < part->elementCount; ++i) line.addMaterial(slice->elements[i].materialId);
-        }
-        return record("addSprites", line.text("elements"));
+        return record("addSprites", cloudLine(static_cast<TRDF_Load::SprMesh*>(head),
+                                              [](const auto& element) { return element.materialId; }));
     }
     int32_t endScene(ITaviRenderCallback*) override { return record("endScene", ""); }
     int32_t reserved17() override { return record("reserved17", ""); }
