@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <cstring>
@@ -34,37 +35,36 @@ template <class Work> unsigned runOnOtherShard(unsigned avoid, Work work) {
 }
 
 TEST(PoolThreads, BlockFreedOnAnotherThreadGoesBackToItsOwnersShard) {
-    enum Direction { WorkerAllocatesMainFrees, MainAllocatesWorkerFrees };
-    for (Direction direction : {WorkerAllocatesMainFrees, MainAllocatesWorkerFrees}) {
+    for (bool workerAllocates : {true, false}) {
         PoolAllocator* pool = poolCreate();
-        ASSERT_NE(pool, nullptr);
-        unsigned mainShard = poolCurrentShardIndex();
+        const unsigned mainShard = poolCurrentShardIndex();
         void* block = nullptr;
-        unsigned ownerShard = mainShard, otherShard = 0;
-        if (direction == WorkerAllocatesMainFrees) {
-            ownerShard = otherShard = runOnOtherShard(mainShard, [&] { block = poolAlloc(pool, 3000); });
-        } else {
+        uintptr_t link = 0;
+        uint64_t used = 0;
+        auto allocate = [&] {
             block = poolAlloc(pool, 3000);
-        }
-        ASSERT_NE(block, nullptr);
-        EXPECT_EQ(poolBlockWords(block).link,
-                  reinterpret_cast<uintptr_t>(poolShardAddress(pool, ownerShard)));
-        EXPECT_EQ(poolShardStats(pool, ownerShard).usedBytes, 3008u);
-
-        if (direction == WorkerAllocatesMainFrees) {
-            poolFree(pool, block);
-        } else {
-            otherShard = runOnOtherShard(mainShard, [&] { poolFree(pool, block); });
-        }
-        unsigned freeingShard = direction == WorkerAllocatesMainFrees ? mainShard : otherShard;
-        PoolShardStats owner = poolShardStats(pool, ownerShard);
-        PoolShardStats freeing = poolShardStats(pool, freeingShard);
-        EXPECT_EQ(owner.usedBytes, 0u) << direction;
-        EXPECT_EQ(owner.freeBlocks, 1u) << direction;
-        EXPECT_EQ(owner.largestFreePayload, (uint64_t(1) << 20) - 64) << direction;
-        EXPECT_EQ(freeing.reservedBytes, 0u) << direction << ": the freeing thread's shard is not touched";
-        EXPECT_EQ(freeing.freeBlocks, 0u) << direction;
-        EXPECT_EQ(poolLiveBlocks(pool), 0u) << direction;
+            link = poolBlockWords(block).link;
+            used = poolShardStats(pool, poolCurrentShardIndex()).usedBytes;
+        };
+        if (!workerAllocates) allocate();
+        const unsigned otherShard = runOnOtherShard(mainShard, [&] {
+            if (workerAllocates)
+                allocate();
+            else
+                poolFree(pool, block);
+        });
+        const unsigned ownerShard = workerAllocates ? otherShard : mainShard;
+        if (workerAllocates) poolFree(pool, block);
+        const PoolShardStats owner = poolShardStats(pool, ownerShard);
+        const PoolShardStats freeing = poolShardStats(pool, workerAllocates ? mainShard : otherShard);
+        EXPECT_EQ(link, reinterpret_cast<uintptr_t>(poolShardAddress(pool, ownerShard))) << workerAllocates;
+        EXPECT_EQ(used, 3008u) << workerAllocates;
+        EXPECT_EQ(owner.usedBytes, 0u) << workerAllocates;
+        EXPECT_EQ(owner.freeBlocks, 1u) << workerAllocates;
+        EXPECT_EQ(owner.largestFreePayload, (uint64_t(1) << 20) - 64) << workerAllocates;
+        EXPECT_EQ(freeing.reservedBytes + freeing.freeBlocks, 0u)
+            << "the freeing thread's shard is not touched";
+        EXPECT_EQ(poolLiveBlocks(pool), 0u) << workerAllocates;
         poolDestroy(pool);
     }
 }
@@ -73,92 +73,70 @@ TEST(PoolThreads, BlockFreedOnAnotherThreadGoesBackToItsOwnersShard) {
 // and then it hands a block to a common exchange, from which any thread takes
 // and frees it, so frees cross shards all the time.
 TEST(PoolThreads, ConcurrentChurnKeepsContentsAndShardsIntact) {
-    constexpr int kThreads = 4;
-    constexpr int kSteps = 30000;
-    constexpr int kSlots = 128;
+    constexpr int kThreads = 4, kSteps = 30000, kSlots = 128;
     const size_t kSizes[] = {16, 24, 40, 64, 100, 256, 560, 1024, 3000, 0x1200, 0x3350, 70000};
-
     struct Block {
         unsigned char* data = nullptr;
         size_t size = 0;
         unsigned char fill = 0;
     };
-    auto intact = [](const Block& b) {
-        for (size_t i = 0; i < b.size; ++i) {
-            if (b.data[i] != b.fill) return false;
-        }
-        return true;
-    };
-
     PoolAllocator* pool = poolCreate();
     ASSERT_NE(pool, nullptr);
     std::mutex exchangeLock;
     std::vector<Block> exchange;
     exchange.reserve(kThreads * kSteps);
-    std::atomic<int> corrupt{0}, failed{0};
-
+    std::atomic<int> faults{0}; // corrupt contents or failed requests
+    auto release = [&](const Block& b) {
+        faults += !std::all_of(b.data, b.data + b.size, [&](unsigned char c) { return c == b.fill; });
+        poolFree(pool, b.data);
+    };
     auto worker = [&](int id) {
         std::mt19937 random(77 + id);
         Block slots[kSlots];
         for (int step = 0; step < kSteps; ++step) {
             Block& slot = slots[random() % kSlots];
             if (slot.data) {
-                if (!intact(slot)) ++corrupt;
                 if (random() % 4 == 0) {
                     std::lock_guard<std::mutex> guard(exchangeLock);
                     exchange.push_back(slot);
                 } else {
-                    poolFree(pool, slot.data);
+                    release(slot);
                 }
                 slot = Block{};
                 continue;
             }
-            size_t size = kSizes[random() % std::size(kSizes)] - random() % 8;
-            slot.data = static_cast<unsigned char*>(poolAlloc(pool, size));
-            if (!slot.data) {
-                ++failed;
-                continue;
-            }
-            slot.size = size;
-            slot.fill = static_cast<unsigned char>(id * 61 + step);
-            std::memset(slot.data, slot.fill, size);
+            const size_t size = kSizes[random() % std::size(kSizes)] - random() % 8;
+            auto* data = static_cast<unsigned char*>(poolAlloc(pool, size));
+            faults += !data;
+            if (!data) continue;
+            slot = Block{data, size, static_cast<unsigned char>(id * 61 + step)};
+            std::memset(data, slot.fill, size);
+            Block taken{};
             if (step % 3 == 0) {
-                Block taken{};
-                {
-                    std::lock_guard<std::mutex> guard(exchangeLock);
-                    if (!exchange.empty()) {
-                        taken = exchange.back();
-                        exchange.pop_back();
-                    }
-                }
-                if (taken.data) {
-                    if (!intact(taken)) ++corrupt;
-                    poolFree(pool, taken.data);
+                std::lock_guard<std::mutex> guard(exchangeLock);
+                if (!exchange.empty()) {
+                    taken = exchange.back();
+                    exchange.pop_back();
                 }
             }
+            release(taken);
         }
-        for (Block& slot : slots) {
-            if (slot.data && !intact(slot)) ++corrupt;
-            poolFree(pool, slot.data);
-        }
+        for (const Block& slot : slots)
+            release(slot);
     };
     std::vector<std::thread> threads;
     for (int id = 0; id < kThreads; ++id)
         threads.emplace_back(worker, id);
     for (std::thread& thread : threads)
         thread.join();
-    for (const Block& b : exchange) {
-        if (!intact(b)) ++corrupt;
-        poolFree(pool, b.data);
-    }
-
-    EXPECT_EQ(corrupt.load(), 0);
-    EXPECT_EQ(failed.load(), 0);
+    for (const Block& b : exchange)
+        release(b);
+    EXPECT_EQ(faults.load(), 0);
     EXPECT_EQ(poolLiveBlocks(pool), 0u);
     for (unsigned shard = 0; shard < 256; ++shard) {
         const char* fault = poolCheckShard(pool, shard);
         EXPECT_EQ(fault, nullptr) << "shard " << shard << ": " << fault;
-        PoolShardStats s = poolShardStats(pool, shard);
+        const PoolShardStats s = poolShardStats(pool, shard);
         EXPECT_EQ(s.usedBytes, 0u) << shard;
         EXPECT_EQ(s.freeBlocks, s.regionCount) << shard << ": every region merged back to one block";
     }

@@ -8,7 +8,7 @@
 #include <atomic>
 #include <cstdint>
 #include <cstring>
-#include <set>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -21,72 +21,56 @@ bool onList(const poolmemPage* head, const poolmemPage* page) {
     return false;
 }
 
-// Remembers every event, and the list that the page was on when it came, before
-// the allocator handles it.
+// Writes down every event as "<event><list><page index> ", with the list ('e'mpty, 'p'artial,
+// 'f'ull) that the page was on when the event came, before the allocator handles it. The trail
+// is a fixed buffer: the events come with the page lock held.
 class RecordingAllocator : public poolmemThreadAllocator {
   public:
     using poolmemThreadAllocator::poolmemThreadAllocator;
-    struct Event {
-        poolmemPage* page;
-        int event;
-        char list; // 'e'mpty, 'p'artial, 'f'ull
-    };
     void onPageEvent(poolmemPage* page, int event, uint8_t* regionReleased, bool takeLock) override {
-        char list = onList(emptyPages, page) ? 'e' : onList(partialPages, page) ? 'p' : 'f';
-        if (count < 64) events[count] = Event{page, event, list};
-        ++count;
+        const char list = onList(emptyPages, page) ? 'e' : onList(partialPages, page) ? 'p' : 'f';
+        if (length + 5 <= sizeof trail) {
+            const char entry[5] = {static_cast<char>('0' + event), list,
+                                   static_cast<char>('0' + page->pageIndex / 10),
+                                   static_cast<char>('0' + page->pageIndex % 10), ' '};
+            std::memcpy(trail + length, entry, sizeof entry);
+            length += sizeof entry;
+        }
         poolmemThreadAllocator::onPageEvent(page, event, regionReleased, takeLock);
     }
-    Event events[64] = {};
-    int count = 0;
+    std::string events() const { return std::string(trail, length); }
+    char trail[512] = {};
+    size_t length = 0;
 };
-
-bool bit(const poolmemPage* page, unsigned index) {
-    return (page->bitmap[index / 32] >> (index % 32)) & 1u;
-}
 
 poolmemPage* pageAt(poolmemPage* first, unsigned index) {
     return reinterpret_cast<poolmemPage*>(reinterpret_cast<char*>(first) + index * 4096);
 }
 
-TEST(Slab, NewRegionPutsSixtyFourPagesOnTheEmptyListInAddressOrder) {
-    poolmemThreadAllocator slab;
-    void* element = slab.allocate();
-    ASSERT_NE(element, nullptr);
-    poolmemPage* first = poolmemThreadAllocator::pageOf(element);
-    EXPECT_EQ(reinterpret_cast<uintptr_t>(first) % 4096, 0u);
-    unsigned count = 0;
-    for (poolmemPage* page = slab.emptyPages; page; page = page->next, ++count) {
-        EXPECT_EQ(page, pageAt(first, count));
-        EXPECT_EQ(page->pageIndex, count);
-        EXPECT_EQ(page->owner, &slab);
-        EXPECT_EQ(page->elementSize, 24u);
-        EXPECT_EQ(page->capacity, 168u);
-        if (page->next) {
-            EXPECT_EQ(page->next->prev, page);
-        }
-    }
-    EXPECT_EQ(count, 64u);
-    EXPECT_EQ(slab.emptyPages->prev, nullptr);
-    EXPECT_EQ(element, reinterpret_cast<char*>(first) + 64);
-    poolmemThreadAllocator::release(element);
-}
-
-TEST(Slab, CapacityFollowsTheElementSize) {
-    struct Case {
-        uint16_t elementSize;
-        uint16_t effectiveSize;
+TEST(Slab, NewRegionAndCapacityFollowingTheElementSize) {
+    const struct {
+        uint16_t elementSize, effectiveSize;
         unsigned capacity;
-        char listWhenFull; // a page that is full at its first use went to the partial list first
-    };
-    const Case cases[] = {{24, 24, 168, 'e'},  {16, 16, 252, 'e'},   {8, 16, 252, 'e'},
-                          {100, 100, 40, 'e'}, {2016, 2016, 2, 'e'}, {4032, 4032, 1, 'p'}};
-    for (const Case& c : cases) {
+        const char* events; // a page that is full at its first use went to the partial list first
+    } cases[] = {{24, 24, 168, "3e00 1e00 3e01 "},   {16, 16, 252, "3e00 1e00 3e01 "},
+                 {8, 16, 252, "3e00 1e00 3e01 "},    {100, 100, 40, "3e00 1e00 3e01 "},
+                 {2016, 2016, 2, "3e00 1e00 3e01 "}, {4032, 4032, 1, "3e00 1p00 3e01 1p01 "}};
+    for (const auto& c : cases) {
         RecordingAllocator slab(c.elementSize);
-        std::vector<char*> elements;
-        for (unsigned i = 0; i < c.capacity; ++i)
-            elements.push_back(static_cast<char*>(slab.allocate()));
+        std::vector<char*> elements{static_cast<char*>(slab.allocate())};
         poolmemPage* page = poolmemThreadAllocator::pageOf(elements[0]);
+        // A new region puts its 64 pages on the empty list in address order; a page that is full
+        // at once has left it.
+        unsigned count = c.capacity == 1 ? 1 : 0;
+        EXPECT_EQ(slab.emptyPages->prev, nullptr);
+        for (poolmemPage* p = slab.emptyPages; p; p = p->next, ++count) {
+            EXPECT_TRUE(p == pageAt(page, count) && p->pageIndex == count && p->owner == &slab);
+            EXPECT_TRUE(!p->next || p->next->prev == p);
+        }
+        EXPECT_EQ(count, 64u) << c.elementSize;
+        EXPECT_EQ(reinterpret_cast<uintptr_t>(page) % 4096, 0u);
+        for (unsigned i = 1; i < c.capacity; ++i)
+            elements.push_back(static_cast<char*>(slab.allocate()));
         EXPECT_EQ(page->capacity, c.capacity) << c.elementSize;
         EXPECT_EQ(page->elementSize, c.effectiveSize) << c.elementSize;
         for (unsigned i = 0; i < c.capacity; ++i) {
@@ -96,16 +80,11 @@ TEST(Slab, CapacityFollowsTheElementSize) {
         EXPECT_EQ(page->usedCount, c.capacity);
         EXPECT_TRUE(onList(slab.fullPages, page)) << c.elementSize;
         // The page is full; the next element comes from the following page.
-        char* next = static_cast<char*>(slab.allocate());
-        EXPECT_EQ(poolmemThreadAllocator::pageOf(next), pageAt(page, 1)) << c.elementSize;
-        // The first use and the filling of the first page are the first events.
-        ASSERT_GE(slab.count, 2) << c.elementSize;
-        EXPECT_EQ(slab.events[0].event, poolmemPageFirstUse) << c.elementSize;
-        EXPECT_EQ(slab.events[1].event, poolmemPageBecameFull) << c.elementSize;
-        EXPECT_EQ(slab.events[1].list, c.listWhenFull) << c.elementSize;
+        elements.push_back(static_cast<char*>(slab.allocate()));
+        EXPECT_EQ(poolmemThreadAllocator::pageOf(elements.back()), pageAt(page, 1)) << c.elementSize;
+        EXPECT_EQ(slab.events(), c.events) << c.elementSize;
         for (char* element : elements)
             poolmemThreadAllocator::release(element);
-        poolmemThreadAllocator::release(next);
     }
 }
 
@@ -115,50 +94,36 @@ TEST(Slab, PageEventsAcrossFillingAndEmptyingAPage) {
     for (int i = 0; i < 168; ++i)
         elements.push_back(slab.allocate());
     poolmemPage* page = poolmemThreadAllocator::pageOf(elements[0]);
-    ASSERT_EQ(slab.count, 2);
-    EXPECT_EQ(slab.events[0].page, page);
-    EXPECT_EQ(slab.events[0].event, poolmemPageFirstUse);
-    EXPECT_EQ(slab.events[0].list, 'e');
-    EXPECT_EQ(slab.events[1].event, poolmemPageBecameFull);
-    EXPECT_EQ(slab.events[1].list, 'e') << "a page in use stays on the empty list while it has room";
+    // A page in use stays on the empty list while it has room.
+    EXPECT_EQ(slab.events(), "3e00 1e00 ");
     EXPECT_EQ(page->nextIndex, 168u);
     EXPECT_EQ(page->pagesInUse, 1u);
     const uint32_t fullBitmap[8] = {~0u, ~0u, ~0u, ~0u, ~0u, 0xFFu, 0, 0};
     EXPECT_EQ(std::memcmp(page->bitmap, fullBitmap, sizeof fullBitmap), 0);
     EXPECT_TRUE(onList(slab.fullPages, page));
-    EXPECT_FALSE(onList(slab.emptyPages, page));
 
-    // One element back: the page is no longer full.
+    // One element back: the page is no longer full. The freed element is not handed out again:
+    // the index only moves forward.
     poolmemThreadAllocator::release(elements[5]);
-    ASSERT_EQ(slab.count, 3);
-    EXPECT_EQ(slab.events[2].event, poolmemPageLeftFull);
-    EXPECT_EQ(slab.events[2].list, 'f');
     EXPECT_TRUE(onList(slab.partialPages, page));
-    EXPECT_FALSE(bit(page, 5));
+    EXPECT_EQ(page->bitmap[0], ~0u & ~(1u << 5));
     EXPECT_EQ(page->usedCount, 167u);
-
-    // The freed element is not handed out again: the index only moves forward.
     void* other = slab.allocate();
     EXPECT_EQ(poolmemThreadAllocator::pageOf(other), pageAt(page, 1));
-    EXPECT_EQ(slab.events[3].event, poolmemPageFirstUse);
     EXPECT_EQ(page->pagesInUse, 2u) << "counted in the region's first page";
     EXPECT_EQ(page->nextIndex, 168u);
 
     // A second release of the same element changes nothing.
-    int eventsBefore = slab.count;
     poolmemThreadAllocator::release(elements[5]);
     EXPECT_EQ(page->usedCount, 167u);
-    EXPECT_EQ(slab.count, eventsBefore);
+    EXPECT_EQ(slab.events(), "3e00 1e00 2f00 3e01 ");
 
     // The last element back: the page is emptied, reset and put first.
     for (int i = 0; i < 168; ++i) {
         if (i != 5) poolmemThreadAllocator::release(elements[i]);
     }
-    ASSERT_EQ(slab.count, eventsBefore + 1);
-    EXPECT_EQ(slab.events[eventsBefore].event, poolmemPageBecameEmpty);
-    EXPECT_EQ(slab.events[eventsBefore].list, 'p');
-    EXPECT_EQ(page->usedCount, 0u);
-    EXPECT_EQ(page->nextIndex, 0u);
+    EXPECT_EQ(slab.events(), "3e00 1e00 2f00 3e01 4p00 ");
+    EXPECT_EQ(page->usedCount + page->nextIndex, 0u);
     const uint32_t emptyBitmap[8] = {};
     EXPECT_EQ(std::memcmp(page->bitmap, emptyBitmap, sizeof emptyBitmap), 0);
     EXPECT_EQ(slab.emptyPages, page);
@@ -168,26 +133,9 @@ TEST(Slab, PageEventsAcrossFillingAndEmptyingAPage) {
     poolmemThreadAllocator::release(other);
 }
 
-TEST(Slab, FreedElementWaitsUntilThePageEmpties) {
-    for (unsigned freed : {0u, 1u, 2u}) {
-        poolmemThreadAllocator slab;
-        char* elements[3];
-        for (char*& element : elements)
-            element = static_cast<char*>(slab.allocate());
-        poolmemThreadAllocator::release(elements[freed]);
-        char* next = static_cast<char*>(slab.allocate());
-        EXPECT_EQ(next, elements[0] + 3 * 24) << freed;
-        for (unsigned i = 0; i < 3; ++i) {
-            if (i != freed) poolmemThreadAllocator::release(elements[i]);
-        }
-        poolmemThreadAllocator::release(next);
-        EXPECT_EQ(slab.allocate(), elements[0]) << freed << ": the emptied page starts over";
-    }
-}
-
-TEST(Slab, RegionIsUnmappedWhenEmptyOnlyIfAskedTo) {
+TEST(Slab, RegionIsUnmappedWhenEmptyOnlyIfAskedToAndFlushUnmapsEveryRegion) {
     for (uint8_t releaseEmpty : {0, 1}) {
-        uint64_t pagesBefore = poolPageBytesOutstanding();
+        const uint64_t pagesBefore = poolPageBytesOutstanding();
         poolmemThreadAllocator slab;
         slab.releaseEmpty = releaseEmpty;
         void* element = slab.allocate();
@@ -195,28 +143,17 @@ TEST(Slab, RegionIsUnmappedWhenEmptyOnlyIfAskedTo) {
         EXPECT_EQ(poolPageBytesOutstanding() - pagesBefore, 0x40000u);
         poolmemThreadAllocator::release(element);
         EXPECT_EQ(poolPageBytesOutstanding() - pagesBefore, releaseEmpty ? 0u : 0x40000u);
-        EXPECT_EQ(slab.emptyPages == nullptr, releaseEmpty == 1);
+        for (int i = 0; i < 64 * 168 + 1; ++i)
+            ASSERT_NE(slab.allocate(), nullptr); // two regions
+        EXPECT_EQ(poolPageBytesOutstanding() - pagesBefore, 2u * 0x40000u);
         slab.flush();
         EXPECT_EQ(poolPageBytesOutstanding(), pagesBefore);
+        EXPECT_EQ(slab.emptyPages, nullptr);
+        EXPECT_EQ(slab.fullPages, nullptr);
     }
-}
-
-TEST(Slab, FlushUnmapsEveryRegion) {
-    uint64_t pagesBefore = poolPageBytesOutstanding();
-    poolmemThreadAllocator slab;
-    for (int i = 0; i < 64 * 168 + 1; ++i)
-        ASSERT_NE(slab.allocate(), nullptr); // two regions
-    EXPECT_EQ(poolPageBytesOutstanding() - pagesBefore, 2u * 0x40000u);
-    slab.flush();
-    EXPECT_EQ(poolPageBytesOutstanding(), pagesBefore);
-    EXPECT_EQ(slab.emptyPages, nullptr);
-    EXPECT_EQ(slab.fullPages, nullptr);
-}
-
-TEST(Slab, RefusedRegionGivesNull) {
     poolmemThreadAllocator slab;
     poolFailNextPageRequests(1);
-    EXPECT_EQ(slab.allocate(), nullptr);
+    EXPECT_EQ(slab.allocate(), nullptr) << "a refused region gives null";
     EXPECT_NE(slab.allocate(), nullptr);
 }
 
@@ -226,23 +163,16 @@ TEST(Slab, ConcurrentUseHandsOutEachElementOnce) {
     poolmemThreadAllocator slab;
     std::atomic<int> faults{0};
     auto worker = [&](uint32_t id) {
-        std::vector<uint32_t*> held;
+        std::vector<uint32_t*> held(500);
         for (int round = 0; round < 40; ++round) {
-            for (uint32_t i = 0; i < 500; ++i) {
-                auto* element = static_cast<uint32_t*>(slab.allocate());
-                if (!element) {
-                    ++faults;
-                    continue;
-                }
-                element[0] = id;
-                element[1] = i;
-                held.push_back(element);
+            for (uint32_t i = 0; i < held.size(); ++i) {
+                held[i] = static_cast<uint32_t*>(slab.allocate());
+                if (held[i]) held[i][0] = id << 16 | i;
             }
             for (uint32_t i = 0; i < held.size(); ++i) {
-                if (held[i][0] != id || held[i][1] != i) ++faults;
+                faults += !held[i] || held[i][0] != (id << 16 | i);
                 poolmemThreadAllocator::release(held[i]);
             }
-            held.clear();
         }
     };
     std::vector<std::thread> threads;
@@ -253,13 +183,8 @@ TEST(Slab, ConcurrentUseHandsOutEachElementOnce) {
     EXPECT_EQ(faults.load(), 0);
     EXPECT_EQ(slab.fullPages, nullptr);
     EXPECT_EQ(slab.partialPages, nullptr);
-    for (poolmemPage* page = slab.emptyPages; page; page = page->next) {
-        EXPECT_EQ(page->usedCount, 0u);
-        EXPECT_EQ(page->nextIndex, 0u);
-        if (page->pageIndex == 0) {
-            EXPECT_EQ(page->pagesInUse, 0u);
-        }
-    }
+    for (poolmemPage* page = slab.emptyPages; page; page = page->next)
+        EXPECT_EQ(page->usedCount + page->nextIndex + (page->pageIndex == 0 ? page->pagesInUse : 0u), 0u);
 }
 
 } // namespace
