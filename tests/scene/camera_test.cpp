@@ -1,5 +1,4 @@
-// Cameras: the object, its defaults, the camera chunk with its path, tracks and the copy.
-#include "scene/scene_readers.h"
+// Cameras and lights with their path chunks, the camera copy and the objects' release.
 #include "scene/track_keys.h"
 #include "tests/scene/scene_test_support.h"
 
@@ -19,221 +18,77 @@ FileKey key(uint32_t first) {
     return k;
 }
 
-// The memory word each file word lands in, as the format maps them.
-const size_t kExpectedWord[9] = {0, 1, 4, 5, 6, 7, 8, 9, 2};
-
+// The memory word each file word lands in; the made key's defaults are cleared first.
 void expectKey(const TrackKey& actual, uint32_t first) {
+    const size_t wordOf[9] = {0, 1, 4, 5, 6, 7, 8, 9, 2};
     uint32_t expected[16] = {};
     for (size_t i = 0; i < 9; ++i)
-        expected[kExpectedWord[i]] = first + i;
-    for (size_t w = 0; w < 16; ++w)
-        EXPECT_EQ(actual.words[w], expected[w]) << "word " << w;
+        expected[wordOf[i]] = first + i;
+    EXPECT_EQ(std::vector<uint32_t>(actual.words, actual.words + 16),
+              std::vector<uint32_t>(expected, expected + 16));
 }
 
-size_t offsetIn(const void* object, const void* field) {
-    return static_cast<size_t>(static_cast<const uint8_t*>(field) - static_cast<const uint8_t*>(object));
-}
-
-TEST(TempCameraObject, LayoutAsTheEngineSeesIt) {
-    auto camera = std::make_unique<TempCamera>();
-    EXPECT_EQ(offsetIn(camera.get(), &camera->value14), 0x14u);
-    EXPECT_EQ(offsetIn(camera.get(), &camera->trackA), 0x30u);
-    EXPECT_EQ(offsetIn(camera.get(), &camera->trackC), 0x58u);
-    EXPECT_EQ(offsetIn(camera.get(), &camera->cameraRole), 0x68u);
-    EXPECT_EQ(offsetIn(camera.get(), &camera->camera), 0xECu);
-    EXPECT_EQ(offsetIn(static_cast<bridgeCamera*>(camera.get()), camera.get()), 0u) << "table pointer first";
-}
-
-TEST(TempCameraObject, Defaults) {
-    auto camera = std::make_unique<TempCamera>();
-    EXPECT_EQ(camera->cameraRole, -1);
-    EXPECT_EQ(camera->trackA, nullptr);
-    EXPECT_EQ(camera->trackBCount, 0u);
-    EXPECT_EQ(camera->cameraFile[0], 0);
-    const CameraRecord& r = camera->camera;
-    EXPECT_EQ(wordAt(r, 0), 0x7FFFFFFFu);
-    struct FloatAt {
-        size_t offset;
-        float value;
-    };
-    const FloatAt floats[] = {{4, 1.0f},   {8, 1.0f},       {152, 1.0f}, {416, 1.0f},
-                              {556, 1.0f}, {588, -6500.0f}, {592, 1.0f}, {596, 1.0f},
-                              {600, 1.0f}, {616, 1.0f},     {140, 0.0f}, {604, 0.0f}};
-    for (const FloatAt& f : floats)
-        EXPECT_EQ(floatAt(r, f.offset), f.value) << f.offset;
-    EXPECT_EQ(wordAt(r, 420), 0xFFFFFFFFu);
-    EXPECT_EQ(wordAt(r, 584), 0xFFFFFFFFu);
-    // Constant splines: the first segment spans everything, the rest are off.
-    struct SplineAt {
-        size_t offset;
-        int segments;
-        float value;
-    };
-    const SplineAt splines[] = {{12, 4, 0.0f}, {156, 8, 1.0f}, {428, 4, -1.0f}, {632, 4, 0.0f}};
-    for (const SplineAt& s : splines) {
-        EXPECT_EQ(wordAt(r, s.offset), 0xF149F2CAu) << s.offset;
-        EXPECT_EQ(wordAt(r, s.offset + 4), 0xF2FC6F7Cu) << s.offset;
-        EXPECT_EQ(wordAt(r, s.offset + 8), 0x7149F2CAu) << s.offset;
-        EXPECT_EQ(wordAt(r, s.offset + 12), 0x7149F2CAu) << s.offset;
-        for (int v = 0; v < 4; ++v)
-            EXPECT_EQ(floatAt(r, s.offset + 16 + 4 * v), s.value) << s.offset;
-        for (int seg = 1; seg < s.segments; ++seg) {
-            EXPECT_EQ(floatAt(r, s.offset + 32 * seg), 1.0f) << s.offset;
-            for (int w = 1; w < 8; ++w)
-                EXPECT_EQ(wordAt(r, s.offset + 32 * seg + 4 * w), 0u) << s.offset;
-        }
-    }
-}
-
-TEST(TrackKeys, MadeKeysAndTheFileMapping) {
-    TrackKey made;
-    constructTrackKey(made);
-    EXPECT_EQ(made.words[2], 0x7FFFFFFFu);
-    EXPECT_EQ(made.words[9], floatBits(1.0f));
-    EXPECT_EQ(made.words[14], floatBits(1.0f));
-
-    Bytes file;
-    for (uint32_t i = 0; i < 9; ++i)
-        put32(file, 4 + 4 * i, 100 + i); // four bytes of lead-in
-    TrackKey* track = allocateTrack(1);
-    ASSERT_NE(track, nullptr);
-    EXPECT_EQ(trackLength(track), 1u);
-    decodeTrackKeys(track, ByteSpan{file.data(), file.size()}, 4, 1);
-    expectKey(track[0], 100); // the made defaults are cleared before the copy
-    freeTrack(track);
-}
-
-TEST(TrackKeys, AbsurdCountsFailTheAllocation) {
-    EXPECT_EQ(allocateTrack(uint64_t(1) << 60), nullptr);
-    EXPECT_EQ(allocateTrack(UINT64_MAX), nullptr);
-}
-
-Bytes cameraScene(const CameraPathPlan& path, int32_t type = 1) {
+Bytes cameraFile(const Bytes& camera, const CameraPathPlan& path) {
     SceneFile file;
     file.add(storedChunk(kTexMap, texMapBody(1, 0, "before")));
-    file.add(zstdChunk(kCamera, cameraBody(type)));
+    file.add(zstdChunk(kCamera, camera));
     file.add(storedChunk(kCameraPath, cameraPathBody(path)));
     return file.build();
 }
 
-TEST(ReadCamera, PathBodyFillsTheObject) {
+TEST(ReadCamera, PathBodyFillsTheObjectAndTheCopyIsDeep) {
     CameraPathPlan path;
     path.trackA = {key(10), key(20)};
-    path.trackC = {key(30)};
+    path.trackB = {key(30)};
     path.word44 = 0x44;
     path.word48 = 0x48;
     path.word52 = 0x52;
-    path.role = 0;
     path.target = {1.5f, -2.0f, 3.25f};
     path.cameraFile = "shot.xml";
-    OpenScene scene(cameraScene(path));
+    const Bytes bytes = cameraFile(cameraBody(4), path);
     uint64_t before = liveBlocks();
+    auto source = std::make_unique<TempCamera>();
+    uint64_t offset = 1;
+    ASSERT_EQ(readFirst(readCamera, bytes, *source, &offset), SceneOk);
+    EXPECT_EQ(offset, 0u);
+    EXPECT_EQ(source->camera.type, 4);
+    EXPECT_EQ(source->cameraRole, 0);
+    EXPECT_EQ(std::vector<float>(source->cameraTarget, source->cameraTarget + 4),
+              (std::vector<float>{1.5f, -2.0f, 3.25f, 1.0f}));
+    EXPECT_EQ(std::vector<uint32_t>({source->path4C, source->path50, source->path64}),
+              (std::vector<uint32_t>{0x44, 0x48, 0x52}));
+    EXPECT_EQ(std::u16string(source->cameraFile), u"shot.xml");
+    ASSERT_EQ(source->trackACount, 2u);
+    EXPECT_EQ(trackLength(source->trackA), 2u);
+    expectKey(source->trackA[0], 10);
+    expectKey(source->trackA[1], 20);
+    ASSERT_EQ(source->trackBCount, 1u);
+    expectKey(source->trackB[0], 30);
+    EXPECT_EQ(source->trackC, nullptr);
+    EXPECT_EQ(liveBlocks(), before + 2);
+    source->value14 = 0x1414;
     {
-        TempCamera camera;
-        uint64_t offset = 0;
-        ASSERT_EQ(readCamera(scene.reader, camera, offset), SceneOk);
-        EXPECT_EQ(offset, 0u);
-        EXPECT_EQ(camera.camera.type, 1);
-        EXPECT_EQ(camera.cameraRole, 0);
-        EXPECT_EQ(camera.cameraTarget[0], 1.5f);
-        EXPECT_EQ(camera.cameraTarget[1], -2.0f);
-        EXPECT_EQ(camera.cameraTarget[2], 3.25f);
-        EXPECT_EQ(camera.cameraTarget[3], 1.0f);
-        EXPECT_EQ(camera.path4C, 0x44u);
-        EXPECT_EQ(camera.path50, 0x48u);
-        EXPECT_EQ(camera.path64, 0x52u);
-        EXPECT_EQ(std::u16string(camera.cameraFile), u"shot.xml");
-        ASSERT_EQ(camera.trackACount, 2u);
-        EXPECT_EQ(trackLength(camera.trackA), 2u);
-        expectKey(camera.trackA[0], 10);
-        expectKey(camera.trackA[1], 20);
-        EXPECT_EQ(camera.trackB, nullptr);
-        EXPECT_EQ(camera.trackBCount, 0u);
-        ASSERT_EQ(camera.trackCCount, 1u);
-        expectKey(camera.trackC[0], 30);
-        EXPECT_EQ(liveBlocks(), before + 2);
+        auto target = std::make_unique<TempCamera>();
+        target->trackC = allocateTrack(5); // held before the copy, released by it
+        target->trackCCount = 5;
+        ASSERT_EQ(assignCamera(*target, *source), SceneOk);
+        EXPECT_EQ(target->value14, 0x1414u);
+        EXPECT_EQ(std::u16string(target->cameraFile), u"shot.xml");
+        EXPECT_EQ(std::memcmp(&target->camera, &source->camera, sizeof(CameraRecord)), 0);
+        ASSERT_EQ(target->trackACount, 2u);
+        EXPECT_NE(target->trackA, source->trackA);
+        EXPECT_EQ(trackLength(target->trackA), 2u);
+        expectKey(target->trackA[1], 20);
+        ASSERT_EQ(target->trackBCount, 1u);
+        expectKey(target->trackB[0], 30);
+        EXPECT_EQ(target->trackC, nullptr);
+        EXPECT_EQ(target->trackCCount, 0u);
+        EXPECT_EQ(liveBlocks(), before + 4);
     }
-    EXPECT_EQ(liveBlocks(), before) << "the camera destroys its tracks";
-}
-
-TEST(ReadCamera, ShortCameraBodyKeepsTheDefaultsBehindIt) {
-    SceneFile file;
-    Bytes body = cameraBody(2, 200);
-    putF32(body, 4, 36.0f);
-    file.add(storedChunk(kCamera, body));
-    file.add(storedChunk(kCameraPath, cameraPathBody({})));
-    OpenScene scene(file.build());
-    TempCamera camera;
-    uint64_t offset = 0;
-    ASSERT_EQ(readCamera(scene.reader, camera, offset), SceneOk);
-    EXPECT_EQ(camera.camera.type, 2);
-    EXPECT_EQ(camera.camera.SensorSize, 36.0f);
-    EXPECT_EQ(camera.camera.WhiteBalanceK, -6500.0f);
-    EXPECT_EQ(camera.camera.DistortionMap, -1);
-}
-
-TEST(ReadCamera, Failures) {
-    struct Case {
-        const char* what;
-        std::function<void(SceneFile&)> change;
-        SceneStatus expected;
-    };
-    const Case cases[] = {
-        {"type 0", [](SceneFile& f) { f[0].stored = cameraBody(0, 1160); }, SceneInvalid},
-        {"type 6", [](SceneFile& f) { f[0].stored = cameraBody(6, 1160); }, SceneInvalid},
-        {"camera version", [](SceneFile& f) { f[0].version = 101; }, SceneBadVersion},
-        {"path version", [](SceneFile& f) { f[1].version = 99; }, SceneBadVersion},
-        {"another chunk instead of the path",
-         [](SceneFile& f) {
-             f.chain = {0, 2, 1};
-         },
-         SceneInvalid},
-        {"chain ends after the camera (0)", [](SceneFile& f) { f.chain = {0}; }, SceneEndOfChunks},
-        {"chain ends after the camera (file size)",
-         [](SceneFile& f) {
-             f.chain = {0};
-             f.endChainAtFileSize = true;
-         },
-         SceneEndOfChunks},
-        {"camera file of 64 characters",
-         [](SceneFile& f) {
-             CameraPathPlan path;
-             path.cameraFile = std::string(64, 'c');
-             f[1].stored = cameraPathBody(path);
-         },
-         SceneInvalid},
-        {"track outside the body",
-         [](SceneFile& f) {
-             CameraPathPlan path;
-             path.trackA = {key(1)};
-             path.trackAOffset = 220; // the key would end 10 bytes past the body
-             f[1].stored = cameraPathBody(path);
-         },
-         SceneInvalid},
-        {"track count beyond the body",
-         [](SceneFile& f) {
-             CameraPathPlan path;
-             path.trackA = {key(1)};
-             path.trackACount = 0xFFFFFFFF;
-             f[1].stored = cameraPathBody(path);
-         },
-         SceneInvalid},
-    };
-    for (const Case& c : cases) {
-        SceneFile file;
-        file.add(storedChunk(kCamera, cameraBody(3)));
-        file.add(storedChunk(kCameraPath, cameraPathBody({})));
-        file.add(storedChunk(kLight, lightBody(5)));
-        c.change(file);
-        OpenScene scene(file.build());
-        uint64_t before = liveBlocks();
-        {
-            TempCamera camera;
-            uint64_t offset = 0;
-            EXPECT_EQ(readCamera(scene.reader, camera, offset), c.expected) << c.what;
-        }
-        EXPECT_EQ(liveBlocks(), before) << c.what;
-    }
+    EXPECT_EQ(assignCamera(*source, *source), SceneOk);
+    EXPECT_EQ(source->trackACount, 2u);
+    source.reset();
+    EXPECT_EQ(liveBlocks(), before) << "the cameras destroy their tracks";
 }
 
 TEST(ReadCamera, ImageLengthsByType) {
@@ -243,14 +98,9 @@ TEST(ReadCamera, ImageLengthsByType) {
         Bytes body = cameraBody(type, 1160);
         for (size_t i = 764; i < body.size(); ++i)
             body[i] = i < lengths[type] ? 0x11 : 0xAB;
-        SceneFile file;
-        file.add(storedChunk(kCamera, body));
-        file.add(storedChunk(kCameraPath, cameraPathBody({})));
-        OpenScene scene(file.build());
         TempCamera camera;
-        uint64_t offset = 0;
-        ASSERT_EQ(readCamera(scene.reader, camera, offset), SceneOk) << type;
-        const uint8_t* record = reinterpret_cast<const uint8_t*>(&camera.camera);
+        ASSERT_EQ(readFirst(readCamera, cameraFile(body, {}), camera), SceneOk) << type;
+        const uint8_t* record = bytesOf(camera.camera);
         EXPECT_EQ(record[lengths[type] - 1], 0x11) << type;
         if (lengths[type] < 1160) {
             EXPECT_EQ(record[lengths[type]], 0) << type;
@@ -258,54 +108,114 @@ TEST(ReadCamera, ImageLengthsByType) {
     }
 }
 
-TEST(AssignCamera, CopiesPlainFieldsAndDeepCopiesTracks) {
-    CameraPathPlan path;
-    path.trackA = {key(1), key(2), key(3)};
-    path.trackB = {key(4)};
-    path.role = 0;
-    path.cameraFile = "a.xml";
-    OpenScene scene(cameraScene(path, 4));
-    auto source = std::make_unique<TempCamera>();
-    uint64_t offset = 0;
-    ASSERT_EQ(readCamera(scene.reader, *source, offset), SceneOk);
-    source->value14 = 0x1414;
-
-    uint64_t before = liveBlocks();
-    {
-        auto target = std::make_unique<TempCamera>();
-        target->trackC = allocateTrack(5); // held before the copy, released by it
-        target->trackCCount = 5;
-        ASSERT_EQ(assignCamera(*target, *source), SceneOk);
-        EXPECT_EQ(target->camera.type, 4);
-        EXPECT_EQ(target->cameraRole, 0);
-        EXPECT_EQ(target->value14, 0x1414u);
-        EXPECT_EQ(std::u16string(target->cameraFile), u"a.xml");
-        ASSERT_EQ(target->trackACount, 3u);
-        EXPECT_NE(target->trackA, source->trackA);
-        EXPECT_EQ(trackLength(target->trackA), 3u);
-        expectKey(target->trackA[2], 3);
-        ASSERT_EQ(target->trackBCount, 1u);
-        expectKey(target->trackB[0], 4);
-        EXPECT_EQ(target->trackC, nullptr);
-        EXPECT_EQ(target->trackCCount, 0u);
-        EXPECT_EQ(std::memcmp(&target->camera, &source->camera, sizeof(CameraRecord)), 0);
-        EXPECT_EQ(liveBlocks(), before + 2);
-    }
-    EXPECT_EQ(liveBlocks(), before);
-    EXPECT_EQ(assignCamera(*source, *source), SceneOk);
-    EXPECT_EQ(source->trackACount, 3u);
+TEST(ReadCamera, ShortCameraBodyKeepsTheDefaultsBehindIt) {
+    Bytes body = cameraBody(2, 200);
+    putF32(body, 4, 36.0f);
+    TempCamera camera;
+    ASSERT_EQ(readFirst(readCamera, cameraFile(body, {}), camera), SceneOk);
+    EXPECT_EQ(camera.camera.type, 2);
+    EXPECT_EQ(camera.camera.SensorSize, 36.0f);
+    EXPECT_EQ(camera.camera.WhiteBalanceK, -6500.0f);
+    EXPECT_EQ(camera.camera.DistortionMap, -1);
 }
 
-TEST(TempCameraObject, ReleaseFreesObjectAndTracks) {
+using Change = std::function<void(SceneFile&)>;
+
+Change pathBody(const Bytes& body) {
+    return [body](SceneFile& f) { f[1].stored = body; };
+}
+
+Bytes cameraPath(const std::string& file, std::optional<uint64_t> at = {},
+                 std::optional<uint32_t> count = {}) {
+    CameraPathPlan path;
+    path.cameraFile = file;
+    if (at || count) path.trackA = {key(1)};
+    path.trackAOffset = at;
+    path.trackACount = count;
+    return cameraPathBody(path);
+}
+
+Bytes lightPath(const std::string& secondName, std::optional<uint64_t> at = {}) {
+    LightPathPlan path;
+    path.secondName = secondName;
+    if (at) path.track = {FileKey{}};
+    path.trackOffset = at;
+    return lightPathBody(path);
+}
+
+TEST(ObjectAndPath, Failures) {
+    struct Case {
+        const char* what;
+        uint32_t kind;
+        Change change;
+        SceneStatus expected;
+    };
+    const Case cases[] = {
+        {"camera type 0", kCamera, [](SceneFile& f) { f[0].stored = cameraBody(0, 1160); }, SceneInvalid},
+        {"camera type 6", kCamera, [](SceneFile& f) { f[0].stored = cameraBody(6, 1160); }, SceneInvalid},
+        {"camera version", kCamera, [](SceneFile& f) { f[0].version = 101; }, SceneBadVersion},
+        {"camera path version", kCamera, [](SceneFile& f) { f[1].version = 99; }, SceneBadVersion},
+        {"light path version", kLight, [](SceneFile& f) { f[1].version = 101; }, SceneBadVersion},
+        {"camera path missing", kCamera,
+         [](SceneFile& f) {
+             f.chain = {0, 2, 1};
+         },
+         SceneInvalid},
+        {"light path missing", kLight,
+         [](SceneFile& f) {
+             f.chain = {0, 2};
+         },
+         SceneInvalid},
+        {"chain ends after the camera", kCamera, [](SceneFile& f) { f.chain = {0}; }, SceneEndOfChunks},
+        {"chain ends after the light", kLight, [](SceneFile& f) { f.chain = {0}; }, SceneEndOfChunks},
+        {"chain ends at the file size", kCamera,
+         [](SceneFile& f) {
+             f.chain = {0};
+             f.endChainAtFileSize = true;
+         },
+         SceneEndOfChunks},
+        {"camera file of 64 characters", kCamera, pathBody(cameraPath(std::string(64, 'c'))), SceneInvalid},
+        // The key would end 10 bytes past the body.
+        {"camera track outside the body", kCamera, pathBody(cameraPath("", 220)), SceneInvalid},
+        {"camera track count beyond the body", kCamera, pathBody(cameraPath("", {}, ~0u)), SceneInvalid},
+        {"light name of 64 characters", kLight, pathBody(lightPath(std::string(64, 's'))), SceneInvalid},
+        {"light track outside the body", kLight, pathBody(lightPath("", 1u << 20)), SceneInvalid},
+    };
+    for (const Case& c : cases) {
+        const bool camera = c.kind == kCamera;
+        SceneFile file;
+        file.add(camera ? storedChunk(kCamera, cameraBody(3)) : storedChunk(kLight, lightBody(3)));
+        file.add(camera ? storedChunk(kCameraPath, cameraPathBody({}))
+                        : storedChunk(kLightPath, lightPathBody({})));
+        file.add(camera ? storedChunk(kLight, lightBody(5)) : storedChunk(kCamera, cameraBody(1)));
+        c.change(file);
+        const Bytes bytes = file.build();
+        uint64_t before = liveBlocks();
+        if (camera) {
+            TempCamera object;
+            EXPECT_EQ(readFirst(readCamera, bytes, object), c.expected) << c.what;
+        } else {
+            TempLight object;
+            EXPECT_EQ(readFirst(readLight, bytes, object), c.expected) << c.what;
+        }
+        EXPECT_EQ(liveBlocks(), before) << c.what;
+    }
+}
+
+TEST(ObjectAndPath, ReleaseFreesObjectAndTracks) {
     uint64_t before = liveBlocks();
     TempCamera* camera = TempCamera::create();
-    ASSERT_NE(camera, nullptr);
+    TempLight* light = TempLight::create();
+    ASSERT_TRUE(camera && light);
     camera->trackA = allocateTrack(2);
     camera->trackACount = 2;
-    EXPECT_EQ(liveBlocks(), before + 2);
-    bridgeCamera* asSeen = camera;
-    asSeen->Release();
+    light->track = allocateTrack(3);
+    light->trackCount = 3;
+    EXPECT_EQ(liveBlocks(), before + 4);
+    static_cast<bridgeCamera*>(camera)->Release();
+    static_cast<bridgeLight*>(light)->Release();
     EXPECT_EQ(liveBlocks(), before);
+    EXPECT_EQ(allocateTrack(uint64_t(1) << 60), nullptr);
 }
 
 } // namespace

@@ -1,6 +1,5 @@
 // The example scene that the build writes reads back completely.
 #include "common/unicode.h"
-#include "scene/scene_readers.h"
 #include "tests/scene/scene_test_support.h"
 
 #include <gtest/gtest.h>
@@ -8,6 +7,25 @@
 #include <memory>
 
 namespace {
+
+// Records of a kind, each shown to `check` before it is given back.
+template <class Record, class Check>
+int countRecords(SceneFileReader& reader, RecordReader<Record> read, Check check) {
+    int records = 0;
+    uint64_t at = 0;
+    SceneStatus status;
+    do {
+        auto record = std::make_unique<Record>();
+        status = read(reader, *record, at);
+        if (status == SceneOk) {
+            ++records;
+            check(*record);
+        }
+        releaseRecord(*record);
+    } while (status == SceneOk && at != 0);
+    EXPECT_TRUE(status == SceneOk || status == SceneEndOfChunks) << status;
+    return records;
+}
 
 TEST(ExampleScene, EveryRecordReads) {
     SceneFileReader reader;
@@ -21,71 +39,21 @@ TEST(ExampleScene, EveryRecordReads) {
     EXPECT_EQ(settings->NumChannels, 2);
     EXPECT_EQ(std::u16string(settings->Channels[1].name), u"normals");
 
-    int textures = 0, texMaps = 0, materials = 0, cameras = 0, lights = 0;
-    auto count = [&](auto read, int& counter) {
-        uint64_t at = 0;
-        SceneStatus status;
-        do {
-            status = read(at);
-            if (status == SceneOk) ++counter;
-        } while (status == SceneOk && at != 0);
-        EXPECT_TRUE(status == SceneOk || status == SceneEndOfChunks) << status;
-    };
-    count(
-        [&](uint64_t& at) {
-            TextureFileRecord r;
-            return readTextureFile(reader, r, at);
-        },
-        textures);
-    count(
-        [&](uint64_t& at) {
-            TextureDataRecord r;
-            SceneStatus status = readTextureData(reader, r, at);
-            if (status == SceneOk) releaseTextureData(r);
-            return status;
-        },
-        textures);
-    count(
-        [&](uint64_t& at) {
-            TexMapRecord r;
-            return readTexMap(reader, r, at);
-        },
-        texMaps);
-    count(
-        [&](uint64_t& at) {
-            MaterialRecord r;
-            SceneStatus status = readMaterial(reader, r, at);
-            releaseMaterial(r);
-            return status;
-        },
-        materials);
-    count(
-        [&](uint64_t& at) {
-            TempCamera camera;
-            SceneStatus status = readCamera(reader, camera, at);
-            if (status == SceneOk) {
-                EXPECT_EQ(camera.cameraRole, 0);
-                EXPECT_EQ(camera.camera.type, 1);
-                EXPECT_EQ(camera.trackACount, 1u);
-            }
-            return status;
-        },
-        cameras);
-    count(
-        [&](uint64_t& at) {
-            TempLight light;
-            SceneStatus status = readLight(reader, light, at);
-            if (status == SceneOk) {
-                EXPECT_EQ(std::u16string(light.lightName), u"sun");
-            }
-            return status;
-        },
-        lights);
-    EXPECT_EQ(textures, 2);
-    EXPECT_EQ(texMaps, 2);
-    EXPECT_EQ(materials, 2);
-    EXPECT_EQ(cameras, 1);
-    EXPECT_EQ(lights, 1);
+    EXPECT_EQ(countRecords<TextureFileRecord>(reader, readTextureFile, [](auto&) {}), 1);
+    EXPECT_EQ(countRecords<TextureDataRecord>(reader, readTextureData, [](auto&) {}), 1);
+    EXPECT_EQ(countRecords<TexMapRecord>(reader, readTexMap, [](auto&) {}), 2);
+    EXPECT_EQ(countRecords<MaterialRecord>(reader, readMaterial, [](auto&) {}), 2);
+    EXPECT_EQ(countRecords<TempCamera>(reader, readCamera,
+                                       [](const TempCamera& camera) {
+                                           EXPECT_EQ(camera.cameraRole, 0);
+                                           EXPECT_EQ(camera.camera.type, 1);
+                                           EXPECT_EQ(camera.trackACount, 1u);
+                                       }),
+              1);
+    EXPECT_EQ(countRecords<TempLight>(
+                  reader, readLight,
+                  [](const TempLight& light) { EXPECT_EQ(std::u16string(light.lightName), u"sun"); }),
+              1);
 }
 
 } // namespace

@@ -7,25 +7,13 @@
 
 #include <atomic>
 #include <filesystem>
-#include <random>
+#include <unistd.h>
 
-namespace {
-
-std::string uniqueName() {
+SceneOnDisk::SceneOnDisk(const Bytes& bytes) {
+    // Test processes run side by side; the process id keeps their files apart.
     static std::atomic<unsigned> counter{0};
-    static const unsigned salt = std::random_device{}();
-    const ::testing::TestInfo* test = ::testing::UnitTest::GetInstance()->current_test_info();
-    std::string name = test ? std::string(test->test_suite_name()) + "_" + test->name() : "scene";
-    for (char& c : name) {
-        if (c == '/') c = '_';
-    }
-    return "tavi_" + name + "_" + std::to_string(salt) + "_" + std::to_string(counter++) + ".tavi";
-}
-
-} // namespace
-
-SceneOnDisk::SceneOnDisk(const Bytes& bytes) : size_(bytes.size()) {
-    path_ = (std::filesystem::temp_directory_path() / uniqueName()).string();
+    std::string name = "tavi_scene_" + std::to_string(getpid()) + "_" + std::to_string(counter++) + ".tavi";
+    path_ = (std::filesystem::temp_directory_path() / name).string();
     widePath_ = utf8ToUtf16(path_);
     if (!scene_writer::writeBytes(path_, bytes)) ADD_FAILURE() << "cannot write " << path_;
 }
@@ -37,12 +25,6 @@ SceneOnDisk::~SceneOnDisk() {
 
 uint64_t liveBlocks() {
     return poolLiveBlocks(poolInstance());
-}
-
-uint32_t floatBits(float value) {
-    uint32_t bits;
-    std::memcpy(&bits, &value, sizeof bits);
-    return bits;
 }
 
 std::u16string wide(const std::string& text) {

@@ -1,12 +1,8 @@
 // Narrow scene text to wide text: the checked conversion and the in-place fix-up.
-#include "scene/records.h"
-#include "scene/scene_readers.h"
 #include "scene/scene_text.h"
 #include "tests/scene/scene_test_support.h"
 
 #include <gtest/gtest.h>
-
-using namespace scene_writer;
 
 namespace {
 
@@ -18,7 +14,6 @@ TEST(SceneText, ConvertsByteForByteWithinTheCapacity) {
     };
     const Case cases[] = {
         {"", 64, true},
-        {"plain", 64, true},
         {std::string(63, 'n'), 64, true},
         {std::string(64, 'n'), 64, false},
         {std::string(383, 'p'), 384, true},
@@ -49,68 +44,34 @@ TEST(SceneText, NullArgumentsAndTheFieldsEnd) {
     EXPECT_FALSE(convertSceneString(dest, 3, field, sizeof field));
 }
 
-struct FixCase {
-    std::string text; // stored narrow at the start of the field
-    size_t fieldBytes;
-    std::u16string wide; // what the field holds afterwards, up to its end
-    bool terminated;
-};
-
 TEST(SceneText, FixRecordTextConvertsInPlace) {
-    const FixCase cases[] = {
-        {"name", 128, u"name", true},
+    struct Case {
+        std::string text; // stored narrow at the start of the field
+        size_t fieldBytes;
+        std::u16string wide; // what the field holds afterwards, up to its end
+        bool terminated;
+    };
+    const Case cases[] = {
         {std::string(63, 'a'), 128, std::u16string(63, u'a'), true},
         // 64 or more characters fill the field with no room left for a terminator.
         {std::string(64, 'b'), 128, std::u16string(64, u'b'), false},
-        {std::string(70, 'c'), 128, std::u16string(64, u'c'), false},
         {std::string(128, 'd'), 128, std::u16string(64, u'd'), false},
         {std::string(383, 'e'), 0x300, std::u16string(383, u'e'), true},
         // 384 characters and the terminator are one too many for the conversion.
         {std::string(384, 'f'), 0x300, u"", true},
-        {std::string(0x300, 'g'), 0x300, u"", true},
         {"\xC4\xD6", 128, u"\u00C4\u00D6", true},
     };
-    for (const FixCase& c : cases) {
+    for (const Case& c : cases) {
         Bytes field(c.fieldBytes + 8, 0x5A); // eight guard bytes behind the field
         std::fill(field.begin(), field.begin() + c.fieldBytes, 0);
         std::copy(c.text.begin(), c.text.begin() + std::min(c.text.size(), c.fieldBytes), field.begin());
         fixRecordText(field.data(), c.fieldBytes);
         const char16_t* text = reinterpret_cast<const char16_t*>(field.data());
-        size_t chars = c.fieldBytes / 2;
-        EXPECT_EQ(wideField(text, chars), c.wide) << c.text.size();
+        EXPECT_EQ(wideField(text, c.fieldBytes / 2), c.wide) << c.text.size();
         if (c.terminated) {
             EXPECT_EQ(text[c.wide.size()], 0) << c.text.size();
         }
-        for (size_t i = c.fieldBytes; i < field.size(); ++i)
-            ASSERT_EQ(field[i], 0x5A) << "wrote past the field";
-    }
-}
-
-TEST(SceneText, TextureNamesOf63And64Characters) {
-    struct Case {
-        std::string name;
-        std::string path;
-        SceneStatus expected;
-    };
-    const Case cases[] = {
-        {std::string(63, 'n'), "p", SceneOk},       {std::string(64, 'n'), "p", SceneInvalid},
-        {std::string(128, 'n'), "p", SceneInvalid}, // no terminator in the field at all
-        {"n", std::string(383, 'p'), SceneOk},      {"n", std::string(384, 'p'), SceneInvalid},
-    };
-    for (const Case& c : cases) {
-        TextureFilePlan plan;
-        plan.id = 4;
-        plan.name = c.name;
-        plan.path = c.path;
-        OpenScene scene(sceneOf({storedChunk(kTextureFile, textureFileBody(plan))}));
-        TextureFileRecord record;
-        uint64_t offset = 0;
-        EXPECT_EQ(readTextureFile(scene.reader, record, offset), c.expected)
-            << c.name.size() << " " << c.path.size();
-        if (c.expected == SceneOk) {
-            EXPECT_EQ(wideField(record.name, kNameChars), wide(c.name));
-            EXPECT_EQ(wideField(record.path, kPathChars), wide(c.path));
-        }
+        EXPECT_EQ(Bytes(field.begin() + c.fieldBytes, field.end()), Bytes(8, 0x5A)) << "wrote past the field";
     }
 }
 

@@ -1,9 +1,10 @@
 // The volumetric material and the volume cache chunk that follows it.
 #include "scene/phx_data.h"
-#include "scene/scene_readers.h"
 #include "tests/scene/scene_test_support.h"
 
 #include <gtest/gtest.h>
+
+#include <array>
 
 using namespace scene_writer;
 
@@ -17,11 +18,11 @@ Bytes volumeMaterial(int32_t id, bool cacheFollows) {
 
 IPhxCache* cacheOf(const MaterialRecord& record) {
     IPhxCache* cache;
-    std::memcpy(&cache, reinterpret_cast<const uint8_t*>(&record) + kVolumeCacheOffset, sizeof cache);
+    std::memcpy(&cache, bytesOf(record) + kVolumeCacheOffset, sizeof cache);
     return cache;
 }
 
-PhxDataPlan gridWithTwoChannels() {
+TEST(VolumeMaterial, CacheChunkFollowsWhenFlagged) {
     PhxDataPlan plan;
     plan.gridX = 3;
     plan.gridY = 5;
@@ -32,30 +33,9 @@ PhxDataPlan gridWithTwoChannels() {
     plan.channelOffsets[7] = 16;
     for (int i = 0; i < 32; ++i)
         plan.channelData.push_back(static_cast<uint8_t>(i));
-    return plan;
-}
-
-// Material ids read in one pass over the materials.
-std::vector<int32_t> materialIds(SceneFileReader& reader, SceneStatus& last,
-                                 std::vector<bool>* cached = nullptr) {
-    std::vector<int32_t> ids;
-    uint64_t offset = 0;
-    do {
-        MaterialRecord record;
-        last = readMaterial(reader, record, offset);
-        if (last == SceneOk) {
-            ids.push_back(record.id);
-            if (cached) cached->push_back(cacheOf(record) != nullptr);
-            releaseMaterial(record);
-        }
-    } while (last == SceneOk && offset != 0 && ids.size() < 100);
-    return ids;
-}
-
-TEST(VolumeMaterial, CacheChunkFollowsWhenFlagged) {
     SceneFile file;
     file.add(zstdChunk(kMaterial, volumeMaterial(1, true)));
-    file.add(zstdChunk(kPhxData, phxDataBody(gridWithTwoChannels())));
+    file.add(zstdChunk(kPhxData, phxDataBody(plan)));
     file.add(storedChunk(kMaterial, materialBody(2, 2, 0, "after")));
     OpenScene scene(file.build());
     uint64_t before = liveBlocks();
@@ -67,26 +47,22 @@ TEST(VolumeMaterial, CacheChunkFollowsWhenFlagged) {
     ASSERT_NE(cache, nullptr);
     EXPECT_EQ(liveBlocks(), before + 2) << "the object and the body it took over";
 
-    auto* data = static_cast<TRDF_Load::PhxData*>(cache);
-    uint32_t size[3];
-    cache->GetGridSize(size);
-    EXPECT_EQ(size[0], 3u);
-    EXPECT_EQ(size[1], 5u);
-    EXPECT_EQ(size[2], 7u);
-    float transform[12];
-    cache->GetTransform(transform);
-    for (int i = 0; i < 12; ++i)
-        EXPECT_EQ(transform[i], float(i) + 0.5f);
-    for (int32_t channel = 0; channel < 26; ++channel) {
+    std::array<uint32_t, 3> size;
+    cache->GetGridSize(size.data());
+    EXPECT_EQ(size, (std::array<uint32_t, 3>{3, 5, 7}));
+    std::array<float, 12> transform;
+    cache->GetTransform(transform.data());
+    EXPECT_EQ(transform, plan.transform);
+    for (int32_t channel = -1; channel <= 26; ++channel) {
         EXPECT_EQ(cache->HasChannel(channel), channel == 0 || channel == 7) << channel;
+        if (channel != 0 && channel != 7) {
+            EXPECT_EQ(cache->GetChannel(channel), nullptr) << channel;
+        }
     }
-    EXPECT_EQ(cache->GetChannel(0), data->body + 280) << "an offset of 0 is the start of the channel data";
+    EXPECT_EQ(cache->GetChannel(0), static_cast<TRDF_Load::PhxData*>(cache)->body + 280)
+        << "an offset of 0 is the start of the channel data";
     EXPECT_EQ(static_cast<uint8_t*>(cache->GetChannel(7))[0], 16);
-    EXPECT_EQ(cache->reserved5(), 0);
-    EXPECT_EQ(cache->reserved6(), 0);
-    EXPECT_EQ(cache->reserved7(), 0);
-    EXPECT_EQ(cache->GetChannel(26), nullptr);
-    EXPECT_EQ(cache->GetChannel(-1), nullptr);
+    EXPECT_EQ(cache->reserved5() | cache->reserved6() | cache->reserved7(), 0);
 
     releaseMaterial(record);
     EXPECT_EQ(liveBlocks(), before);
@@ -119,9 +95,13 @@ TEST(VolumeMaterial, WhatTheNextChunkDoes) {
         file.add(storedChunk(kMaterial, materialBody(1, 2, 0, "two")));
         OpenScene scene(file.build());
         uint64_t before = liveBlocks();
-        SceneStatus last;
         std::vector<bool> cached;
-        EXPECT_EQ(materialIds(scene.reader, last, &cached), c.idsRead) << c.what;
+        SceneStatus last;
+        EXPECT_EQ(passIds<MaterialRecord>(
+                      readMaterial, scene.reader, last,
+                      [&](const MaterialRecord& r) { cached.push_back(cacheOf(r) != nullptr); }),
+                  c.idsRead)
+            << c.what;
         EXPECT_EQ(last, c.last) << c.what;
         EXPECT_EQ(cached, c.cached) << c.what;
         EXPECT_EQ(liveBlocks(), before) << c.what;
@@ -135,13 +115,10 @@ TEST(VolumeMaterial, ChainEndingAfterAFlaggedMaterial) {
         file.add(storedChunk(kMaterial, volumeMaterial(1, true)));
         file.endChainAtFileSize = atFileSize;
         OpenScene scene(file.build());
-        MaterialRecord record;
-        uint64_t offset = 0;
-        ASSERT_EQ(readMaterial(scene.reader, record, offset), SceneOk);
-        // A link of 0 after the volume material ends the chain; it never leads back to the start.
-        EXPECT_EQ(readMaterial(scene.reader, record, offset), SceneEndOfChunks) << atFileSize;
-        EXPECT_EQ(record.id, 1);
-        EXPECT_EQ(cacheOf(record), nullptr);
+        SceneStatus last;
+        // The end of the chain after the volume material never leads back to the start.
+        EXPECT_EQ(passIds<MaterialRecord>(readMaterial, scene.reader, last), (std::vector<int32_t>{0}));
+        EXPECT_EQ(last, SceneEndOfChunks) << atFileSize;
     }
 }
 
@@ -164,33 +141,18 @@ TEST(VolumeMaterial, CacheBodiesThatDoNotHoldTheirChannels) {
         plan.channelOffsets[3] = c.offset;
         Bytes body = phxDataBody(plan);
         body.resize(c.bodySize, 0);
-        SceneFile file;
-        file.add(storedChunk(kMaterial, volumeMaterial(1, true)));
-        file.add(storedChunk(kPhxData, body));
-        OpenScene scene(file.build());
         uint64_t before = liveBlocks();
         MaterialRecord record;
-        uint64_t offset = 0;
-        EXPECT_EQ(readMaterial(scene.reader, record, offset), c.expected) << c.what;
+        EXPECT_EQ(readFirst<MaterialRecord>(
+                      readMaterial,
+                      sceneOf({storedChunk(kMaterial, volumeMaterial(1, true)), storedChunk(kPhxData, body)}),
+                      record),
+                  c.expected)
+            << c.what;
         EXPECT_EQ(cacheOf(record) != nullptr, c.expected == SceneOk) << c.what;
         releaseMaterial(record);
         EXPECT_EQ(liveBlocks(), before) << c.what;
     }
-}
-
-TEST(VolumeMaterial, ObjectWithoutBodyAnswersWithZeros) {
-    TRDF_Load::PhxData* data = TRDF_Load::PhxData::create(nullptr);
-    ASSERT_NE(data, nullptr);
-    uint32_t size[3] = {9, 9, 9};
-    float transform[12];
-    std::fill(std::begin(transform), std::end(transform), 9.0f);
-    data->GetGridSize(size);
-    data->GetTransform(transform);
-    EXPECT_EQ(size[0] + size[1] + size[2], 0u);
-    for (float value : transform)
-        EXPECT_EQ(value, 0.0f);
-    EXPECT_FALSE(data->HasChannel(0));
-    data->Release();
 }
 
 } // namespace

@@ -20,6 +20,11 @@ Bytes pattern(size_t size, uint32_t seed) {
     return bytes;
 }
 
+Bytes joined(Bytes first, const Bytes& second) {
+    append(first, second);
+    return first;
+}
+
 struct BodyResult {
     SceneStatus status;
     Bytes decoded;
@@ -27,16 +32,20 @@ struct BodyResult {
     uint64_t attempts;
 };
 
-// Reads the one chunk of a scene whose body is `stored`, with compression 1.
-BodyResult readFrame(const Bytes& stored) {
-    Chunk chunk = storedChunk(99, stored, 100, 1);
-    OpenScene scene(sceneOf({chunk}));
+// Reads the one chunk of a scene whose body is `stored`, with compression 1. With
+// `failPages`, the pool's next request for fresh pages fails.
+BodyResult readFrame(const Bytes& stored, bool failPages = false) {
+    OpenScene scene(sceneOf({storedChunk(99, stored, 100, 1)}));
     uint64_t offset = 0;
     EXPECT_EQ(scene.reader.nextChunk(offset), SceneOk);
     void* out = nullptr;
     uint64_t before = liveBlocks();
+    // The compressed block must come from pages the pool already holds.
+    if (failPages) poolFree(poolInstance(), poolAlloc(poolInstance(), stored.size()));
+    poolFailNextPageRequests(failPages ? 1 : 0);
     BodyResult result{};
     result.status = scene.reader.readChunkBody(out, stored.size(), 1, 68);
+    poolFailNextPageRequests(0);
     result.outHeld = out != nullptr;
     result.attempts = scene.reader.decodeAttempts;
     if (result.status == SceneOk) {
@@ -48,93 +57,54 @@ BodyResult readFrame(const Bytes& stored) {
     return result;
 }
 
-TEST(ZstdBody, FrameWithContentSizeDecodesToItsExactSize) {
-    Bytes data = pattern(5000, 1);
-    BodyResult result = readFrame(zstdFrame(data));
-    EXPECT_EQ(result.status, SceneOk);
-    EXPECT_EQ(result.decoded, data);
-    EXPECT_EQ(result.attempts, 1u);
-}
-
-TEST(ZstdBody, FramesWhoseSizeCannotBeTakenAreInvalid) {
-    struct Case {
-        const char* what;
-        Bytes stored;
-    };
-    Bytes empty = zstdFrame(Bytes{});
-    ASSERT_EQ(ZSTD_getFrameContentSize(empty.data(), empty.size()), 0u);
-    Bytes skippable = skippableFrame(16);
-    append(skippable, zstdFrame(pattern(100, 2)));
-    const Case cases[] = {
-        {"no content size", zstdFrame(pattern(100, 3), false)},
-        {"skippable frame first", skippable},
-        {"declares 0 bytes", empty},
-        {"not a frame", Bytes(64, 0x42)},
-        {"a few bytes", Bytes{0x28, 0xB5}},
-    };
-    for (const Case& c : cases) {
-        BodyResult result = readFrame(c.stored);
-        EXPECT_EQ(result.status, SceneInvalid) << c.what;
-        EXPECT_TRUE(result.outHeld) << c.what << ": the compressed block stays with the caller";
-        EXPECT_EQ(result.attempts, 0u) << c.what;
-    }
-}
-
-TEST(ZstdBody, DeclaredSizeTooSmallGrowsUntilItFits) {
-    // The first frame declares only its own 100 bytes; a second frame follows in the body.
-    Bytes first = pattern(100, 4), second = pattern(300000, 5);
-    Bytes stored = zstdFrame(first);
-    append(stored, zstdFrame(second));
-    BodyResult result = readFrame(stored);
-    ASSERT_EQ(result.status, SceneOk);
-    Bytes expected = first;
-    append(expected, second);
-    EXPECT_EQ(result.decoded, expected);
-    // 100 bytes, then 64 KiB more each time, until 300100 fit.
-    EXPECT_EQ(result.attempts, 1u + (300100 - 100 + 0xFFFF) / 0x10000);
-}
-
-TEST(ZstdBody, CorruptFrameEndsAtOnceAsOutOfMemory) {
-    BodyResult result = readFrame(corruptFrame(pattern(100000, 6)));
-    EXPECT_EQ(result.status, SceneOutOfMemory);
-    EXPECT_EQ(result.attempts, 1u);
-    EXPECT_TRUE(result.outHeld);
-}
-
-TEST(ZstdBody, ContentSizeTheBodyCannotHoldIsNeverAllocated) {
-    // A frame header that claims a terabyte over a few dozen bytes of blocks.
+// A frame header that claims a terabyte over a few dozen bytes of blocks.
+Bytes terabyteClaim() {
     Bytes stored = zstdFrame(pattern(50, 7));
-    ASSERT_EQ(stored[4] & 0xE7, 0x20) << "expected a single segment with a one-byte content size";
+    EXPECT_EQ(stored[4] & 0xE7, 0x20) << "expected a single segment with a one-byte content size";
     Bytes forged = {0x28, 0xB5, 0x2F, 0xFD, 0xE0}; // single segment, 8-byte content size
     for (int i = 0; i < 8; ++i)
         forged.push_back(i == 5 ? 0x01 : 0x00);
     forged.insert(forged.end(), stored.begin() + 6, stored.end());
-    ASSERT_EQ(ZSTD_getFrameContentSize(forged.data(), forged.size()), 1ull << 40);
-    BodyResult result = readFrame(forged);
-    EXPECT_EQ(result.status, SceneOutOfMemory);
-    EXPECT_EQ(result.attempts, 0u);
+    EXPECT_EQ(ZSTD_getFrameContentSize(forged.data(), forged.size()), 1ull << 40);
+    return forged;
 }
 
-TEST(ZstdBody, WorkingBufferThatCannotBeHadIsOutOfMemory) {
-    // 64 MiB of zeros compress to a few kilobytes; the pool must map fresh pages for the
-    // working buffer, and that request is made to fail.
-    Bytes stored = zstdFrame(Bytes(64u << 20, 0));
-    Chunk chunk = storedChunk(99, stored, 100, 1);
-    OpenScene scene(sceneOf({chunk}));
-    uint64_t offset = 0;
-    ASSERT_EQ(scene.reader.nextChunk(offset), SceneOk);
-    void* out = nullptr;
-    uint64_t before = liveBlocks();
-    // The compressed block must come from pages the pool already holds.
-    poolFree(poolInstance(), poolAlloc(poolInstance(), stored.size()));
-    poolFailNextPageRequests(1);
-    SceneStatus status = scene.reader.readChunkBody(out, stored.size(), 1, 68);
-    poolFailNextPageRequests(0);
-    EXPECT_EQ(status, SceneOutOfMemory);
-    EXPECT_EQ(scene.reader.decodeAttempts, 0u);
-    EXPECT_NE(out, nullptr) << "the compressed block stays with the caller";
-    poolFree(poolInstance(), out);
-    EXPECT_EQ(liveBlocks(), before);
+TEST(ZstdBody, Frames) {
+    struct Case {
+        const char* what;
+        Bytes stored;
+        SceneStatus expected;
+        uint64_t attempts;
+        Bytes decoded;
+        bool failPages = false;
+    };
+    const Bytes data = pattern(5000, 1), first = pattern(100, 4), second = pattern(300000, 5);
+    const Case cases[] = {
+        {"content size given", zstdFrame(data), SceneOk, 1, data},
+        // The first frame declares only its own 100 bytes; 64 KiB more each time until all fit.
+        {"declared size too small", joined(zstdFrame(first), zstdFrame(second)), SceneOk,
+         1u + (300100 - 100 + 0xFFFF) / 0x10000, joined(first, second)},
+        {"no content size", zstdFrame(pattern(100, 3), false), SceneInvalid, 0, {}},
+        {"skippable frame first",
+         joined(skippableFrame(16), zstdFrame(pattern(100, 2))),
+         SceneInvalid,
+         0,
+         {}},
+        {"declares 0 bytes", zstdFrame(Bytes{}), SceneInvalid, 0, {}},
+        {"not a frame", Bytes(64, 0x42), SceneInvalid, 0, {}},
+        {"a few bytes", Bytes{0x28, 0xB5}, SceneInvalid, 0, {}},
+        {"corrupt frame", corruptFrame(pattern(100000, 6)), SceneOutOfMemory, 1, {}},
+        {"content size the body cannot hold", terabyteClaim(), SceneOutOfMemory, 0, {}},
+        // 64 MiB of zeros compress to a few kilobytes; the working buffer needs fresh pages.
+        {"no pages for the working buffer", zstdFrame(Bytes(64u << 20, 0)), SceneOutOfMemory, 0, {}, true},
+    };
+    for (const Case& c : cases) {
+        BodyResult result = readFrame(c.stored, c.failPages);
+        EXPECT_EQ(result.status, c.expected) << c.what;
+        EXPECT_EQ(result.attempts, c.attempts) << c.what;
+        EXPECT_EQ(result.decoded, c.decoded) << c.what;
+        EXPECT_TRUE(result.outHeld) << c.what << ": the caller frees the block it gets";
+    }
 }
 
 } // namespace
