@@ -19,6 +19,7 @@
 #pragma once
 #include "documents/xml_value_codec.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 
@@ -253,6 +254,32 @@ template <size_t N>
 constexpr TypeDescriptor describeType(int32_t type, const char* word, uint32_t imageLength,
                                       const FieldDescriptor (&fields)[N]) {
     return {type, word, imageLength, fields, N};
+}
+template <size_t N>
+constexpr TypeDescriptor describeType(int32_t type, const char* word, uint32_t imageLength,
+                                      const std::array<FieldDescriptor, N>& fields) {
+    return {type, word, imageLength, fields.data(), N};
+}
+
+// Tables made of pieces, for types that insert a section among the keys of another.
+template <class Rows> struct RowCount;
+template <size_t N> struct RowCount<FieldDescriptor[N]> {
+    static constexpr size_t value = N;
+};
+template <size_t N> struct RowCount<std::array<FieldDescriptor, N>> {
+    static constexpr size_t value = N;
+};
+
+template <class... Pieces>
+constexpr std::array<FieldDescriptor, (RowCount<Pieces>::value + ...)> joinFields(const Pieces&... pieces) {
+    std::array<FieldDescriptor, (RowCount<Pieces>::value + ...)> joined{};
+    size_t at = 0;
+    auto append = [&](const auto& piece) {
+        for (const FieldDescriptor& row : piece)
+            joined[at++] = row;
+    };
+    (append(pieces), ...);
+    return joined;
 }
 
 // ---- The interpreter ---------------------------------------------------------------------------

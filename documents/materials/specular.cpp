@@ -8,6 +8,19 @@ namespace {
 
 constexpr const char* const kMicrofacetWords[] = {"Beckmann", "GGX", nullptr};
 
+// The Roughness section of the rough types, which differ only in where it lies.
+constexpr std::array<FieldDescriptor, 7> roughnessFields(uint32_t typeOffset) {
+    return {{
+        sectionField("Roughness"),
+        enumField("Roughness/RoughnessType", typeOffset, kMicrofacetWords),
+        colorField("Roughness/RoughnessVector", typeOffset - 24),
+        texMapField("Roughness/RoughnessMap", typeOffset - 12),
+        splineField("Roughness/RoughnessSpline", typeOffset + 4, 8),
+        splineField("Roughness/RoughnessAnisotropySpline", typeOffset + 260, 8),
+        splineField("Roughness/RoughnessRotationSpline", typeOffset + 516, 8),
+    }};
+}
+
 constexpr FieldDescriptor kIdealSpecularFields[] = {
     colorField("SpecularColor", 268), texMapField("SpecularMap", 284), splineField("SpecularSpline", 292, 8),
     floatField("PowerValue", 280),    texMapField("PowerMap", 288),    splineField("PowerSpline", 548, 8),
@@ -51,7 +64,7 @@ constexpr FieldDescriptor kIdealConductorFields[] = {
     splineField("IOR-K/IORK_Spline", 1404, 8),
 };
 
-constexpr FieldDescriptor kIdealDielectricFields[] = {
+constexpr FieldDescriptor kDielectricKeys[] = {
     sectionField("Reflection"),
     floatField("Reflection/ReflectionWeight", 284),
     texMapField("Reflection/ReflectionWeightMap", 288),
@@ -85,13 +98,16 @@ constexpr FieldDescriptor kIdealDielectricFields[] = {
     colorField("Transmission/DepthColor", 384),
     texMapField("Transmission/DepthMap", 400),
     splineField("Transmission/DepthSpline", 1688, 8),
+};
+constexpr FieldDescriptor kDielectricTail[] = {
     boolField("Thin", 1944),
     boolField("FakedShadows", 1945),
     intField("NestedPriority", 404),
 };
+constexpr auto kIdealDielectricFields = joinFields(kDielectricKeys, kDielectricTail);
 
 // RetroWeight is an empty element; bytes 332 to 335 belong to no key.
-constexpr FieldDescriptor kIdealCoatingFields[] = {
+constexpr FieldDescriptor kCoatingKeys[] = {
     sectionField("Reflection"),
     floatField("Reflection/ReflectionValue", 284),
     colorField("Reflection/ReflectionColor", 268),
@@ -127,6 +143,8 @@ constexpr FieldDescriptor kIdealCoatingFields[] = {
     floatField("Transmission/DepthValue", 392),
     texMapField("Transmission/DepthMap", 396),
     splineField("Transmission/DepthSpline", 1696, 8),
+};
+constexpr FieldDescriptor kCoatingTail[] = {
     sectionField("Bump"),
     texMapField("Bump/BumpMap", 404),
     texMapField("Bump/BumpHeightMap", 408),
@@ -134,8 +152,9 @@ constexpr FieldDescriptor kIdealCoatingFields[] = {
     boolField("Bump/NormalMap", 1953),
     materialField("Material", 400),
 };
+constexpr auto kIdealCoatingFields = joinFields(kCoatingKeys, kCoatingTail);
 
-constexpr FieldDescriptor kRoughConductorFields[] = {
+constexpr FieldDescriptor kRoughConductorKeys[] = {
     sectionField("Reflection"),
     floatField("Reflection/ReflectionWeight", 360),
     texMapField("Reflection/ReflectionWeightMap", 340),
@@ -164,112 +183,12 @@ constexpr FieldDescriptor kRoughConductorFields[] = {
     colorField("IOR-K/IORK_Color", 316),
     texMapField("IOR-K/IORK_Map", 356),
     splineField("IOR-K/IORK_Spline", 1404, 8),
-    sectionField("Roughness"),
-    enumField("Roughness/RoughnessType", 1684, kMicrofacetWords),
-    colorField("Roughness/RoughnessVector", 1660),
-    texMapField("Roughness/RoughnessMap", 1672),
-    splineField("Roughness/RoughnessSpline", 1688, 8),
-    splineField("Roughness/RoughnessAnisotropySpline", 1944, 8),
-    splineField("Roughness/RoughnessRotationSpline", 2200, 8),
 };
+constexpr auto kRoughConductorFields = joinFields(kRoughConductorKeys, roughnessFields(1684));
 
-constexpr FieldDescriptor kRoughDielectricFields[] = {
-    sectionField("Reflection"),
-    floatField("Reflection/ReflectionWeight", 284),
-    texMapField("Reflection/ReflectionWeightMap", 288),
-    colorField("Reflection/ReflectionColor", 268),
-    texMapField("Reflection/ReflectionMap", 280),
-    splineField("Reflection/ReflectionSpline", 408, 8),
-    sectionField("ReflectionEdge"),
-    floatField("ReflectionEdge/EdgeValue", 312),
-    texMapField("ReflectionEdge/EdgeWeightMap", 308),
-    colorField("ReflectionEdge/EdgeColor", 292),
-    texMapField("ReflectionEdge/EdgeMap", 304),
-    splineField("ReflectionEdge/EdgeSpline", 664, 8),
-    sectionField("ReflectionRetro"),
-    floatField("ReflectionRetro/RetroValue", 336),
-    texMapField("ReflectionRetro/RetroWeightMap", 332),
-    colorField("ReflectionRetro/RetroColor", 316),
-    texMapField("ReflectionRetro/RetroMap", 328),
-    splineField("ReflectionRetro/RetroSpline", 920, 8),
-    sectionField("IOR"),
-    floatField("IOR/IOR_Value", 372),
-    colorField("IOR/IOR_Color", 356),
-    texMapField("IOR/IOR_Map", 368),
-    splineField("IOR/IOR_Spline", 1432, 8),
-    sectionField("Transmission"),
-    floatField("Transmission/TransmissionValue", 376),
-    texMapField("Transmission/TransmissionWeightMap", 380),
-    colorField("Transmission/TransmissionColor", 340),
-    texMapField("Transmission/TransmissionMap", 352),
-    splineField("Transmission/TransmissionSpline", 1176, 8),
-    floatField("Transmission/DepthValue", 396),
-    colorField("Transmission/DepthColor", 384),
-    texMapField("Transmission/DepthMap", 400),
-    splineField("Transmission/DepthSpline", 1688, 8),
-    sectionField("Roughness"),
-    enumField("Roughness/RoughnessType", 1972, kMicrofacetWords),
-    colorField("Roughness/RoughnessVector", 1948),
-    texMapField("Roughness/RoughnessMap", 1960),
-    splineField("Roughness/RoughnessSpline", 1976, 8),
-    splineField("Roughness/RoughnessAnisotropySpline", 2232, 8),
-    splineField("Roughness/RoughnessRotationSpline", 2488, 8),
-    boolField("Thin", 1944),
-    boolField("FakedShadows", 1945),
-    intField("NestedPriority", 404),
-};
+constexpr auto kRoughDielectricFields = joinFields(kDielectricKeys, roughnessFields(1972), kDielectricTail);
 
-// RetroWeight is an empty element, as in the ideal coating.
-constexpr FieldDescriptor kRoughCoatingFields[] = {
-    sectionField("Reflection"),
-    floatField("Reflection/ReflectionValue", 284),
-    colorField("Reflection/ReflectionColor", 268),
-    texMapField("Reflection/ReflectionMap", 280),
-    splineField("Reflection/ReflectionSpline", 416, 8),
-    sectionField("ReflectionEdge"),
-    floatField("ReflectionEdge/EdgeValue", 308),
-    texMapField("ReflectionEdge/EdgeWeightMap", 304),
-    colorField("ReflectionEdge/EdgeColor", 288),
-    texMapField("ReflectionEdge/EdgeMap", 300),
-    splineField("ReflectionEdge/EdgeSpline", 672, 8),
-    sectionField("ReflectionRetro"),
-    sectionField("ReflectionRetro/RetroWeight"),
-    texMapField("ReflectionRetro/RetroWeightMap", 328),
-    colorField("ReflectionRetro/RetroColor", 312),
-    texMapField("ReflectionRetro/RetroMap", 324),
-    splineField("ReflectionRetro/RetroSpline", 928, 8),
-    sectionField("IOR"),
-    floatField("IOR/IOR_Value", 352),
-    colorField("IOR/IOR_Color", 336),
-    texMapField("IOR/IOR_Map", 348),
-    splineField("IOR/IOR_Spline", 1184, 8),
-    sectionField("Transmission"),
-    boolField("Transmission/Simplified", 1952),
-    floatField("Transmission/TransmissionValue", 372),
-    colorField("Transmission/TransmissionColor", 356),
-    texMapField("Transmission/TransmissionMap", 368),
-    splineField("Transmission/TransmissionSpline", 1440, 8),
-    floatField("Transmission/ThicknessValue", 376),
-    texMapField("Transmission/ThicknessMap", 380),
-    floatField("Transmission/UnderlyingValue", 384),
-    texMapField("Transmission/UnderlyingMap", 388),
-    floatField("Transmission/DepthValue", 392),
-    texMapField("Transmission/DepthMap", 396),
-    splineField("Transmission/DepthSpline", 1696, 8),
-    sectionField("Roughness"),
-    enumField("Roughness/RoughnessType", 1980, kMicrofacetWords),
-    colorField("Roughness/RoughnessVector", 1956),
-    texMapField("Roughness/RoughnessMap", 1968),
-    splineField("Roughness/RoughnessSpline", 1984, 8),
-    splineField("Roughness/RoughnessAnisotropySpline", 2240, 8),
-    splineField("Roughness/RoughnessRotationSpline", 2496, 8),
-    sectionField("Bump"),
-    texMapField("Bump/BumpMap", 404),
-    texMapField("Bump/BumpHeightMap", 408),
-    floatField("Bump/BumpHeightValue", 412),
-    boolField("Bump/NormalMap", 1953),
-    materialField("Material", 400),
-};
+constexpr auto kRoughCoatingFields = joinFields(kCoatingKeys, roughnessFields(1980), kCoatingTail);
 
 // The anisotropy and the angle spline of the RTC roughness both lie at byte 5520: a read takes
 // the angle spline last, and bytes 5256 to 5511 belong to no key.
