@@ -12,6 +12,9 @@ constexpr FileHandle kNoFile = -1;
 FileHandle openForReading(const char16_t* path);
 // Reads up to `length` bytes; false on an error. `bytesRead` tells how many arrived (0 at the end).
 bool readFile(FileHandle file, void* buffer, size_t length, size_t* bytesRead);
+// Reads at an absolute position without moving the position that readFile reads from, so
+// another thread may use it on a handle that readFile is using at the same time.
+bool readFileAt(FileHandle file, uint64_t offset, void* buffer, size_t length, size_t* bytesRead);
 // Absolute position.
 bool seekFile(FileHandle file, uint64_t offset);
 bool fileSize(FileHandle file, uint64_t* size);

@@ -3,8 +3,9 @@
 // The size a frame declares is only where the output buffer starts: a body may hold more
 // frames behind the first, so the buffer grows by 64 KiB for as long as the decoder asks
 // for more room. The block handed to the caller always has exactly the decoded size.
+#include "scene/chunk_decompress.h"
+
 #include "memory/pool.h"
-#include "scene/scene_file_reader.h"
 
 #include <zstd.h>
 #include <zstd_errors.h>
@@ -39,12 +40,21 @@ Attempt decodeInto(void* work, uint64_t capacity, const void* frame, uint64_t st
 
 } // namespace
 
-void SceneFileReader::decompressBody(void*& out, uint64_t storedSize) {
-    unsigned long long declared = ZSTD_getFrameContentSize(out, storedSize);
-    if (declared == 0 || declared == ZSTD_CONTENTSIZE_UNKNOWN || declared == ZSTD_CONTENTSIZE_ERROR) {
-        status = SceneInvalid; // the compressed block stays with the caller
-        return;
-    }
+uint64_t firstDecodeCapacity(const void* head, uint64_t headBytes, uint64_t storedSize) {
+    unsigned long long declared = ZSTD_getFrameContentSize(head, headBytes);
+    if (declared == ZSTD_CONTENTSIZE_UNKNOWN || declared == ZSTD_CONTENTSIZE_ERROR) return 0;
+    return declared <= largestDecodable(storedSize) && declared <= SIZE_MAX ? declared : 0;
+}
+
+bool decodeFilling(void* out, uint64_t capacity, const void* frame, uint64_t storedSize) {
+    size_t decoded = 0;
+    return decodeInto(out, capacity, frame, storedSize, decoded) == Attempt::Decoded && decoded == capacity;
+}
+
+SceneStatus decodeZstdBody(void*& body, uint64_t storedSize, uint64_t& bodySize, uint64_t& decodeAttempts) {
+    unsigned long long declared = ZSTD_getFrameContentSize(body, storedSize);
+    if (declared == 0 || declared == ZSTD_CONTENTSIZE_UNKNOWN || declared == ZSTD_CONTENTSIZE_ERROR)
+        return SceneInvalid;
 
     // Every way out of this loop but success is reported as a failed allocation: that is
     // where an unbounded retry would have ended, and callers already treat it as final.
@@ -52,43 +62,33 @@ void SceneFileReader::decompressBody(void*& out, uint64_t storedSize) {
     PoolAllocator* pool = poolInstance();
     uint64_t capacity = declared;
     for (;;) {
-        if (capacity > ceiling || capacity > SIZE_MAX) {
-            status = SceneOutOfMemory;
-            return;
-        }
+        if (capacity > ceiling || capacity > SIZE_MAX) return SceneOutOfMemory;
         void* work = poolAlloc(pool, capacity);
-        if (!work) {
-            status = SceneOutOfMemory;
-            return;
-        }
+        if (!work) return SceneOutOfMemory;
         ++decodeAttempts;
         size_t decoded = 0;
-        Attempt attempt = decodeInto(work, capacity, out, storedSize, decoded);
+        Attempt attempt = decodeInto(work, capacity, body, storedSize, decoded);
         if (attempt == Attempt::Decoded) {
-            poolFree(pool, out);
+            poolFree(pool, body);
             // A frame that declared its size truly fills the working block exactly: that block
             // is already what a fresh one of the decoded size would be, and handing it over
             // spares a second body-sized block and a copy of the whole body.
             if (decoded == capacity) {
-                out = work;
+                body = work;
                 bodySize = decoded;
-                return;
+                return SceneOk;
             }
-            out = poolAlloc(pool, decoded);
-            if (out) {
-                std::memcpy(out, work, decoded);
+            body = poolAlloc(pool, decoded);
+            SceneStatus status = body ? SceneOk : SceneOutOfMemory;
+            if (body) {
+                std::memcpy(body, work, decoded);
                 bodySize = decoded;
-            } else {
-                status = SceneOutOfMemory;
             }
             poolFree(pool, work);
-            return;
+            return status;
         }
         poolFree(pool, work);
-        if (attempt == Attempt::Failed || capacity > UINT64_MAX - kCapacityStep) {
-            status = SceneOutOfMemory;
-            return;
-        }
+        if (attempt == Attempt::Failed || capacity > UINT64_MAX - kCapacityStep) return SceneOutOfMemory;
         capacity += kCapacityStep;
     }
 }

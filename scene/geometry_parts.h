@@ -84,6 +84,8 @@ SceneStatus readModelRun(SceneFileReader& reader, uint32_t chunkType, uint64_t m
                 ChunkBody body;
                 bool morePartsFollow = false;
                 if (body.fetch(reader) == SceneOk) {
+                    // The next part, or the next model's first, decodes while this one is built.
+                    reader.readAhead(offset, chunkType, kRecordChunkVersion);
                     budget.grant(body.bytes().size);
                     Part* part = build(body.bytes(), budget);
                     if (part) {

@@ -3,6 +3,7 @@
 
 #include "memory/pool.h"
 #include "scene/byte_span.h"
+#include "scene/chunk_decompress.h"
 
 #include <cstring>
 
@@ -12,6 +13,18 @@ constexpr char kSceneMagic[16] = {'t', 'a', 'v', 'i', 'r', 'e', 'n', 'd',
                                   'e', 'r', 'e', 'r', 'f', 'i', 'l', 'e'};
 constexpr uint32_t kNewestFormatVersion = 103;
 constexpr size_t kFileHeaderBytes = 36;
+
+ChunkHeader parseChunkHeader(const uint8_t (&raw)[kChunkHeaderBytes]) {
+    ByteSpan bytes{raw, sizeof raw};
+    ChunkHeader header;
+    header.chunkVersion = bytes.u32(0);
+    header.chunkType = bytes.u32(4);
+    header.compression = bytes.u32(8);
+    header.headerSize = bytes.u32(12);
+    header.storedSize = bytes.u64(16);
+    header.nextChunkOffset = bytes.u64(24);
+    return header;
+}
 
 } // namespace
 
@@ -24,7 +37,7 @@ SceneStatus SceneFileReader::open(const char16_t* path) {
     status = SceneOk;
     bodySize = 0;
     linksThisPass = 0;
-    seekCount = bodyReadCount = decodeAttempts = 0;
+    seekCount = bodyReadCount = decodeAttempts = bodiesReadAhead = 0;
 
     fileHandle = platform::openForReading(path);
     if (fileHandle == platform::kNoFile) return status = SceneIoError;
@@ -52,6 +65,7 @@ SceneStatus SceneFileReader::open(const char16_t* path) {
 }
 
 void SceneFileReader::close() {
+    ahead.drop(); // it reads through the handle
     if (fileHandle != platform::kNoFile) platform::closeFile(fileHandle);
     fileHandle = platform::kNoFile;
 }
@@ -89,14 +103,29 @@ SceneStatus SceneFileReader::nextChunk(uint64_t& offset) {
     filePosition += got;
     if (!ok || got != sizeof raw) return status = SceneInvalid;
 
-    ByteSpan bytes{raw, sizeof raw};
-    chunk.chunkVersion = bytes.u32(0);
-    chunk.chunkType = bytes.u32(4);
-    chunk.compression = bytes.u32(8);
-    chunk.headerSize = bytes.u32(12);
-    chunk.storedSize = bytes.u64(16);
-    chunk.nextChunkOffset = bytes.u64(24);
+    chunk = parseChunkHeader(raw);
     return status;
+}
+
+void SceneFileReader::readAhead(uint64_t offset, uint32_t type, uint32_t version) {
+    if (status != SceneOk && status != SceneEndOfChunks) return;
+    for (uint64_t links = 0; offset != 0 && offset < fileSize && links < fileSize / kChunkHeaderBytes; ++links) {
+        uint8_t raw[kChunkHeaderBytes];
+        size_t got = 0;
+        if (!platform::readFileAt(fileHandle, offset, raw, sizeof raw, &got) || got != sizeof raw) return;
+        ChunkHeader next = parseChunkHeader(raw);
+        if (next.chunkType == type && next.chunkVersion == version) {
+            uint64_t bodyOffset = offset + next.headerSize;
+            if (bodyOffset >= fileSize || next.storedSize > fileSize - bodyOffset) return;
+            ahead.start(fileHandle, BodyLocation{bodyOffset, next.storedSize, next.compression}, sliceLimit());
+            return;
+        }
+        offset = next.nextChunkOffset;
+    }
+}
+
+uint64_t SceneFileReader::sliceLimit() const {
+    return maxReadSlice == 0 || maxReadSlice > kMaxReadSlice ? kMaxReadSlice : maxReadSlice;
 }
 
 SceneStatus SceneFileReader::readChunkBody(void*& out, uint64_t storedSize, uint32_t compression,
@@ -108,17 +137,27 @@ SceneStatus SceneFileReader::readChunkBody(void*& out, uint64_t storedSize, uint
     // A body that runs past the end of the file would come up short when read; saying so
     // before allocating keeps a forged size from reserving memory the file cannot fill.
     if (storedSize > fileSize - bodyOffset) return status = SceneIoError;
+
+    FetchedBody early;
+    if (ahead.take(BodyLocation{bodyOffset, storedSize, compression}, early)) {
+        out = early.block;
+        bodySize = early.size;
+        bodyReadCount += early.reads;
+        decodeAttempts += early.decodeAttempts;
+        ++bodiesReadAhead;
+        return status;
+    }
     if (!seekTo(bodyOffset)) return status;
 
     void* block = poolAlloc(poolInstance(), storedSize);
     if (!block) return status = SceneOutOfMemory;
     out = block;
 
-    uint64_t sliceLimit = maxReadSlice == 0 || maxReadSlice > kMaxReadSlice ? kMaxReadSlice : maxReadSlice;
+    const uint64_t limit = sliceLimit();
     uint8_t* cursor = static_cast<uint8_t*>(block);
     uint64_t remaining = storedSize;
     while (remaining > 0 && status == SceneOk) {
-        uint64_t slice = remaining < sliceLimit ? remaining : sliceLimit;
+        uint64_t slice = remaining < limit ? remaining : limit;
         size_t got = 0;
         ++bodyReadCount;
         bool ok = platform::readFile(fileHandle, cursor, slice, &got);
@@ -131,7 +170,7 @@ SceneStatus SceneFileReader::readChunkBody(void*& out, uint64_t storedSize, uint
 
     // Only 1 means a frame; every other value is stored data.
     if (compression == 1) {
-        decompressBody(out, storedSize);
+        status = decodeZstdBody(out, storedSize, bodySize, decodeAttempts);
     } else {
         bodySize = storedSize;
     }

@@ -1,6 +1,7 @@
 // The scene file's container: a header, then a chain of chunks whose bodies may be zstd frames.
 #pragma once
 #include "platform/files.h"
+#include "scene/body_read_ahead.h"
 #include "scene/scene_status.h"
 
 #include <cstddef>
@@ -52,6 +53,11 @@ class SceneFileReader {
     SceneStatus nextChunk(uint64_t& offset);
     // `out` receives a pool block holding the decoded body (the caller frees it), or null.
     SceneStatus readChunkBody(void*& out, uint64_t storedSize, uint32_t compression, uint64_t bodyOffset);
+    // Has the body of the next chunk of `type` and `version`, from the chunk at `offset` on,
+    // read and decoded on a second thread, for readChunkBody to take when it comes to it. A
+    // chain that cannot be followed, or a body that cannot fit in the file, is left for the
+    // sweep to meet in its own order.
+    void readAhead(uint64_t offset, uint32_t type, uint32_t version);
 
     platform::FileHandle fileHandle = platform::kNoFile;
     SceneFileHeader header{};
@@ -66,10 +72,12 @@ class SceneFileReader {
     // Chunk headers read since the pass began (nextChunk with offset 0). A chain with more
     // links than the file has room for chunk headers can only be a loop.
     uint64_t linksThisPass = 0;
-    // Diagnostics: seeks issued, file reads issued for bodies, decompression attempts.
+    // Diagnostics: seeks issued, file reads issued for bodies, decompression attempts, bodies
+    // that were taken from the read-ahead.
     uint64_t seekCount = 0;
     uint64_t bodyReadCount = 0;
     uint64_t decodeAttempts = 0;
+    uint64_t bodiesReadAhead = 0;
     // Longest single read of a body; the operating system call takes 32-bit lengths.
     uint64_t maxReadSlice = kMaxReadSlice;
 
@@ -78,7 +86,9 @@ class SceneFileReader {
   private:
     bool enterOperation();
     bool seekTo(uint64_t offset);
-    void decompressBody(void*& out, uint64_t storedSize);
+    uint64_t sliceLimit() const;
+
+    BodyReadAhead ahead;
 };
 
 // The size of a chunk header in the file.

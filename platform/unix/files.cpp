@@ -35,6 +35,22 @@ bool readFile(FileHandle file, void* buffer, size_t length, size_t* bytesRead) {
     return true;
 }
 
+bool readFileAt(FileHandle file, uint64_t offset, void* buffer, size_t length, size_t* bytesRead) {
+    size_t total = 0;
+    char* out = static_cast<char*>(buffer);
+    while (total < length) {
+        ssize_t got = pread(static_cast<int>(file), out + total, length - total, static_cast<off_t>(offset + total));
+        if (got < 0) {
+            *bytesRead = total;
+            return false;
+        }
+        if (got == 0) break;
+        total += static_cast<size_t>(got);
+    }
+    *bytesRead = total;
+    return true;
+}
+
 bool seekFile(FileHandle file, uint64_t offset) {
     return lseek(static_cast<int>(file), static_cast<off_t>(offset), SEEK_SET) != static_cast<off_t>(-1);
 }
