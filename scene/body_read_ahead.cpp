@@ -42,7 +42,7 @@ void release(FetchedBody& body) {
 } // namespace
 
 void BodyReadAhead::start(platform::FileHandle file, const BodyLocation& where, uint64_t sliceLimit) {
-    if (worker_.joinable() && where == where_) return;
+    if (holds(where)) return;
     drop();
     PoolAllocator* pool = poolInstance();
     FetchedBody body;
@@ -72,7 +72,7 @@ void BodyReadAhead::start(platform::FileHandle file, const BodyLocation& where, 
 }
 
 bool BodyReadAhead::take(const BodyLocation& where, FetchedBody& body) {
-    if (!worker_.joinable() || !(where == where_)) return false;
+    if (!holds(where)) return false;
     worker_.join();
     if (!fetched_.whole) {
         release(fetched_);

@@ -43,6 +43,8 @@ class BodyReadAhead {
     // unless that body is already under way; any other fetch is dropped first. `file` must
     // stay open until the fetch is taken or dropped.
     void start(platform::FileHandle file, const BodyLocation& where, uint64_t sliceLimit);
+    // Whether the body at `where` is the one under way or waiting.
+    bool holds(const BodyLocation& where) const { return worker_.joinable() && where == where_; }
     // Hands over the body at `where` if it is the one fetched and it arrived whole, waiting
     // for the fetch to end. A fetch of another body is left running.
     bool take(const BodyLocation& where, FetchedBody& body);

@@ -81,11 +81,12 @@ SceneStatus readModelRun(SceneFileReader& reader, uint32_t chunkType, uint64_t m
             // Chunks of another layout version are passed over, not refused: a model may
             // carry parts that this reader doesn't know among those it does.
             if (reader.chunk.chunkVersion == kRecordChunkVersion) {
+                // The next part, or the next model's first, decodes beside this one and while
+                // it is built.
+                reader.readAhead(offset, chunkType, kRecordChunkVersion);
                 ChunkBody body;
                 bool morePartsFollow = false;
                 if (body.fetch(reader) == SceneOk) {
-                    // The next part, or the next model's first, decodes while this one is built.
-                    reader.readAhead(offset, chunkType, kRecordChunkVersion);
                     budget.grant(body.bytes().size);
                     Part* part = build(body.bytes(), budget);
                     if (part) {

@@ -65,7 +65,8 @@ SceneStatus SceneFileReader::open(const char16_t* path) {
 }
 
 void SceneFileReader::close() {
-    ahead.drop(); // it reads through the handle
+    for (BodyReadAhead& slot : ahead)
+        slot.drop(); // it reads through the handle
     if (fileHandle != platform::kNoFile) platform::closeFile(fileHandle);
     fileHandle = platform::kNoFile;
 }
@@ -117,11 +118,19 @@ void SceneFileReader::readAhead(uint64_t offset, uint32_t type, uint32_t version
         if (next.chunkType == type && next.chunkVersion == version) {
             uint64_t bodyOffset = offset + next.headerSize;
             if (bodyOffset >= fileSize || next.storedSize > fileSize - bodyOffset) return;
-            ahead.start(fileHandle, BodyLocation{bodyOffset, next.storedSize, next.compression}, sliceLimit());
+            const BodyLocation location{bodyOffset, next.storedSize, next.compression};
+            if (ahead[0].holds(location) || ahead[1].holds(location)) return;
+            BodyReadAhead& free = ahead[0].holds(currentBody()) ? ahead[1] : ahead[0];
+            free.start(fileHandle, location, sliceLimit());
             return;
         }
         offset = next.nextChunkOffset;
     }
+}
+
+// The reader stands right behind the header it has just read.
+BodyLocation SceneFileReader::currentBody() const {
+    return BodyLocation{filePosition - kChunkHeaderBytes + chunk.headerSize, chunk.storedSize, chunk.compression};
 }
 
 uint64_t SceneFileReader::sliceLimit() const {
@@ -139,7 +148,8 @@ SceneStatus SceneFileReader::readChunkBody(void*& out, uint64_t storedSize, uint
     if (storedSize > fileSize - bodyOffset) return status = SceneIoError;
 
     FetchedBody early;
-    if (ahead.take(BodyLocation{bodyOffset, storedSize, compression}, early)) {
+    const BodyLocation location{bodyOffset, storedSize, compression};
+    if (ahead[0].take(location, early) || ahead[1].take(location, early)) {
         out = early.block;
         bodySize = early.size;
         bodyReadCount += early.reads;

@@ -53,10 +53,11 @@ class SceneFileReader {
     SceneStatus nextChunk(uint64_t& offset);
     // `out` receives a pool block holding the decoded body (the caller frees it), or null.
     SceneStatus readChunkBody(void*& out, uint64_t storedSize, uint32_t compression, uint64_t bodyOffset);
-    // Has the body of the next chunk of `type` and `version`, from the chunk at `offset` on,
-    // read and decoded on a second thread, for readChunkBody to take when it comes to it. A
-    // chain that cannot be followed, or a body that cannot fit in the file, is left for the
-    // sweep to meet in its own order.
+    // Called right after a chunk header, before its body is fetched: has the body of the next
+    // chunk of `type` and `version`, from the chunk at `offset` on, read and decoded on
+    // another thread, beside the body of this chunk, for readChunkBody to take when it comes
+    // to it. A chain that cannot be followed, or a body that cannot fit in the file, is left
+    // for the sweep to meet in its own order.
     void readAhead(uint64_t offset, uint32_t type, uint32_t version);
 
     platform::FileHandle fileHandle = platform::kNoFile;
@@ -87,8 +88,10 @@ class SceneFileReader {
     bool enterOperation();
     bool seekTo(uint64_t offset);
     uint64_t sliceLimit() const;
+    BodyLocation currentBody() const;
 
-    BodyReadAhead ahead;
+    // The body about to be fetched may be under way in one; the other takes the next.
+    BodyReadAhead ahead[2];
 };
 
 // The size of a chunk header in the file.
