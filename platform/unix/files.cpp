@@ -19,11 +19,16 @@ FileHandle openForReading(const char16_t* path) {
     return fd;
 }
 
-bool readFile(FileHandle file, void* buffer, size_t length, size_t* bytesRead) {
+namespace {
+
+// Reads until `length` bytes have come or the file ends; `readAt(out, missing, done)` is one
+// system call for the part that is still missing.
+template <class ReadAt>
+bool readFully(void* buffer, size_t length, size_t* bytesRead, ReadAt readAt) {
     size_t total = 0;
     char* out = static_cast<char*>(buffer);
     while (total < length) {
-        ssize_t got = read(static_cast<int>(file), out + total, length - total);
+        ssize_t got = readAt(out + total, length - total, total);
         if (got < 0) {
             *bytesRead = total;
             return false;
@@ -35,20 +40,18 @@ bool readFile(FileHandle file, void* buffer, size_t length, size_t* bytesRead) {
     return true;
 }
 
+} // namespace
+
+bool readFile(FileHandle file, void* buffer, size_t length, size_t* bytesRead) {
+    return readFully(buffer, length, bytesRead, [&](char* out, size_t missing, size_t) {
+        return read(static_cast<int>(file), out, missing);
+    });
+}
+
 bool readFileAt(FileHandle file, uint64_t offset, void* buffer, size_t length, size_t* bytesRead) {
-    size_t total = 0;
-    char* out = static_cast<char*>(buffer);
-    while (total < length) {
-        ssize_t got = pread(static_cast<int>(file), out + total, length - total, static_cast<off_t>(offset + total));
-        if (got < 0) {
-            *bytesRead = total;
-            return false;
-        }
-        if (got == 0) break;
-        total += static_cast<size_t>(got);
-    }
-    *bytesRead = total;
-    return true;
+    return readFully(buffer, length, bytesRead, [&](char* out, size_t missing, size_t done) {
+        return pread(static_cast<int>(file), out, missing, static_cast<off_t>(offset + done));
+    });
 }
 
 bool seekFile(FileHandle file, uint64_t offset) {
