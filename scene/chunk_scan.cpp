@@ -25,10 +25,8 @@ SceneStatus readFollowingChunk(SceneFileReader& reader, uint64_t& offset) {
 
 SceneStatus ChunkBody::fetch(SceneFileReader& reader) {
     reset();
-    // The reader stands right behind the header it has just read.
-    uint64_t bodyOffset = reader.filePosition - kChunkHeaderBytes + reader.chunk.headerSize;
-    SceneStatus status =
-        reader.readChunkBody(block, reader.chunk.storedSize, reader.chunk.compression, bodyOffset);
+    const BodyLocation where = reader.currentBody();
+    SceneStatus status = reader.readChunkBody(block, where.storedSize, where.compression, where.offset);
     size = status == SceneOk ? reader.bodySize : 0;
     return status;
 }

@@ -13,6 +13,10 @@ constexpr char kSceneMagic[16] = {'t', 'a', 'v', 'i', 'r', 'e', 'n', 'd',
                                   'e', 'r', 'e', 'r', 'f', 'i', 'l', 'e'};
 constexpr uint32_t kNewestFormatVersion = 103;
 constexpr size_t kFileHeaderBytes = 36;
+// Links that read-ahead follows to find the next body. Parts of a model follow each other,
+// and looking further costs more than it could save; it also keeps a chain that loops from
+// being walked twice before the sweep finds the loop.
+constexpr uint64_t kReadAheadReach = 1024;
 
 ChunkHeader parseChunkHeader(const uint8_t (&raw)[kChunkHeaderBytes]) {
     ByteSpan bytes{raw, sizeof raw};
@@ -110,7 +114,7 @@ SceneStatus SceneFileReader::nextChunk(uint64_t& offset) {
 
 void SceneFileReader::readAhead(uint64_t offset, uint32_t type, uint32_t version) {
     if (status != SceneOk && status != SceneEndOfChunks) return;
-    for (uint64_t links = 0; offset != 0 && offset < fileSize && links < fileSize / kChunkHeaderBytes; ++links) {
+    for (uint64_t links = 0; offset != 0 && offset < fileSize && links < kReadAheadReach; ++links) {
         uint8_t raw[kChunkHeaderBytes];
         size_t got = 0;
         if (!platform::readFileAt(fileHandle, offset, raw, sizeof raw, &got) || got != sizeof raw) return;
@@ -120,15 +124,14 @@ void SceneFileReader::readAhead(uint64_t offset, uint32_t type, uint32_t version
             if (bodyOffset >= fileSize || next.storedSize > fileSize - bodyOffset) return;
             const BodyLocation location{bodyOffset, next.storedSize, next.compression};
             if (ahead[0].holds(location) || ahead[1].holds(location)) return;
-            BodyReadAhead& free = ahead[0].holds(currentBody()) ? ahead[1] : ahead[0];
-            free.start(fileHandle, location, sliceLimit());
+            BodyReadAhead& slot = ahead[0].holds(currentBody()) ? ahead[1] : ahead[0];
+            slot.start(fileHandle, location, sliceLimit());
             return;
         }
         offset = next.nextChunkOffset;
     }
 }
 
-// The reader stands right behind the header it has just read.
 BodyLocation SceneFileReader::currentBody() const {
     return BodyLocation{filePosition - kChunkHeaderBytes + chunk.headerSize, chunk.storedSize, chunk.compression};
 }

@@ -53,6 +53,9 @@ class SceneFileReader {
     SceneStatus nextChunk(uint64_t& offset);
     // `out` receives a pool block holding the decoded body (the caller frees it), or null.
     SceneStatus readChunkBody(void*& out, uint64_t storedSize, uint32_t compression, uint64_t bodyOffset);
+    // The body of the chunk whose header was read last, while the reader stands right behind
+    // that header.
+    BodyLocation currentBody() const;
     // Called right after a chunk header, before its body is fetched: has the body of the next
     // chunk of `type` and `version`, from the chunk at `offset` on, read and decoded on
     // another thread, beside the body of this chunk, for readChunkBody to take when it comes
@@ -88,7 +91,6 @@ class SceneFileReader {
     bool enterOperation();
     bool seekTo(uint64_t offset);
     uint64_t sliceLimit() const;
-    BodyLocation currentBody() const;
 
     // The body about to be fetched may be under way in one; the other takes the next.
     BodyReadAhead ahead[2];
