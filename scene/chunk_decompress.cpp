@@ -1,8 +1,11 @@
 // Decoding a chunk body that is a zstd frame.
 //
 // The size a frame declares is only where the output buffer starts: a body may hold more
-// frames behind the first, so the buffer grows by 64 KiB for as long as the decoder asks
-// for more room. The block handed to the caller always has exactly the decoded size.
+// frames behind the first, so the buffer grows for as long as the decoder asks for more room.
+// Each attempt decodes from the start again, so the buffer at least doubles each time (and
+// never by less than 64 KiB): decoding then costs a small multiple of the decoded size, where
+// steps of a fixed size would cost its square. The block handed to the caller always has
+// exactly the decoded size.
 #include "scene/chunk_decompress.h"
 
 #include "memory/pool.h"
@@ -14,7 +17,14 @@
 
 namespace {
 
-constexpr uint64_t kCapacityStep = 0x10000;
+constexpr uint64_t kLeastCapacityStep = 0x10000;
+
+// The capacity of the attempt after one of `capacity` that ran out of room.
+uint64_t grown(uint64_t capacity, uint64_t ceiling) {
+    const uint64_t step = capacity > kLeastCapacityStep ? capacity : kLeastCapacityStep;
+    if (capacity >= ceiling) return UINT64_MAX;
+    return step > ceiling - capacity ? ceiling : capacity + step;
+}
 
 // No zstd block is shorter than three bytes, nor decodes to more than one maximal block, so
 // `storedSize` bytes cannot produce more than this. A buffer beyond it can never be needed.
@@ -88,7 +98,7 @@ SceneStatus decodeZstdBody(void*& body, uint64_t storedSize, uint64_t& bodySize,
             return status;
         }
         poolFree(pool, work);
-        if (attempt == Attempt::Failed || capacity > UINT64_MAX - kCapacityStep) return SceneOutOfMemory;
-        capacity += kCapacityStep;
+        if (attempt == Attempt::Failed) return SceneOutOfMemory;
+        capacity = grown(capacity, ceiling);
     }
 }
