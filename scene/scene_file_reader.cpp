@@ -40,7 +40,7 @@ SceneStatus SceneFileReader::open(const char16_t* path) {
     fileSize = 0;
     status = SceneOk;
     bodySize = 0;
-    linksThisPass = 0;
+    linksThisPass.clear();
     seekCount = bodyReadCount = decodeAttempts = bodiesReadAhead = 0;
 
     fileHandle = platform::openForReading(path);
@@ -95,11 +95,13 @@ SceneStatus SceneFileReader::nextChunk(uint64_t& offset) {
     if (!enterOperation()) return status;
     if (offset == 0) {
         offset = header.firstChunkOffset;
-        linksThisPass = 0;
+        linksThisPass.clear();
     }
     if (offset >= fileSize) return status = SceneEndOfChunks;
-    // Chunk headers cannot overlap, so a well-formed chain has fewer links than this.
-    if (++linksThisPass > fileSize / kChunkHeaderBytes) return status = SceneInvalid;
+    // Chunk headers cannot overlap, so a well-formed chain has fewer links than this; the
+    // bound also keeps the set of offsets in proportion to the file.
+    if (linksThisPass.size() >= fileSize / kChunkHeaderBytes) return status = SceneInvalid;
+    if (!linksThisPass.insert(offset).second) return status = SceneInvalid;
     if (!seekTo(offset)) return status;
 
     uint8_t raw[kChunkHeaderBytes];

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <unordered_set>
 
 enum ChunkType : uint32_t {
     ChunkSettings = 1,
@@ -73,9 +74,6 @@ class SceneFileReader {
     // Size of the block that the last successful readChunkBody handed out, so that the
     // typed readers never look past the decoded body.
     uint64_t bodySize = 0;
-    // Chunk headers read since the pass began (nextChunk with offset 0). A chain with more
-    // links than the file has room for chunk headers can only be a loop.
-    uint64_t linksThisPass = 0;
     // Diagnostics: seeks issued, file reads issued for bodies, decompression attempts, bodies
     // that were taken from the read-ahead.
     uint64_t seekCount = 0;
@@ -92,6 +90,9 @@ class SceneFileReader {
     bool seekTo(uint64_t offset);
     uint64_t sliceLimit() const;
 
+    // Offsets of the chunk headers read since the pass began (nextChunk with offset 0). A
+    // chain that comes back to one of them is a loop, found before anything is read twice.
+    std::unordered_set<uint64_t> linksThisPass;
     // The body about to be fetched may be under way in one; the other takes the next.
     BodyReadAhead ahead[2];
 };

@@ -135,24 +135,54 @@ TEST(SceneWalk, ChainShapes) {
     }
 }
 
-TEST(SceneWalk, LoopingChainsEndAsInvalid) {
-    // A loop of chunks nobody wants spins inside one scan; a loop of wanted chunks returns
-    // the same record over and over. Both must end.
-    for (uint32_t loopType : {kMaterial, kTexMap}) {
+TEST(SceneWalk, AChainThatComesBackIsInvalidAtOnce) {
+    // Chunks: 0 texmap "first", 1 and 2 of the looping type; the last link goes back to
+    // `loopTo`. Each record is read once: the walk stops the moment it meets a chunk again,
+    // before a body is fetched a second time.
+    struct Case {
+        const char* what;
+        uint32_t loopType;
+        size_t loopTo;
+        std::vector<int32_t> ids;
+    };
+    const Case cases[] = {
+        {"wanted chunks, back two links", kTexMap, 1, {0, 1, 2}},
+        {"wanted chunk, back to itself", kTexMap, 2, {0, 1, 2}},
+        {"back to the first chunk", kTexMap, 0, {0, 1, 2}},
+        {"chunks nobody wants", kMaterial, 1, {0}},
+    };
+    for (const Case& c : cases) {
         SceneFile file;
-        // Short bodies keep the file small, and with it the number of links it can hold.
         file.add(storedChunk(kTexMap, texMapBody(1, 0, "first", 16)));
-        Bytes body = loopType == kTexMap ? texMapBody(1, 1, "a", 16) : materialBody(1, 1, 0, "a", 16);
-        size_t a = file.add(storedChunk(loopType, body));
-        file.add(storedChunk(loopType, body));
+        for (int32_t id = 1; id <= 2; ++id) {
+            file.add(storedChunk(c.loopType, c.loopType == kTexMap ? texMapBody(1, id, "a", 16)
+                                                                   : materialBody(1, id, 0, "a", 16)));
+        }
         file.build();
-        file[2].next = file.offsetOf(a);
+        file[2].next = file.offsetOf(c.loopTo);
         OpenScene scene(file.build());
         SceneStatus last;
-        std::vector<int32_t> ids = texMapIds(scene.reader, last);
-        EXPECT_EQ(last, SceneInvalid) << loopType;
-        EXPECT_LE(ids.size(), scene.reader.fileSize / 32) << loopType;
+        EXPECT_EQ(texMapIds(scene.reader, last), c.ids) << c.what;
+        EXPECT_EQ(last, SceneInvalid) << c.what;
+        EXPECT_EQ(scene.reader.bodyReadCount, c.ids.size()) << c.what;
     }
+}
+
+TEST(SceneWalk, ASelfLoopDecodesItsBodyOnce) {
+    // A few kilobytes that decode to 64 MiB, linked to themselves: each visit would decode the
+    // whole body again.
+    Bytes body = texMapBody(1, 5, "big", 16);
+    body.resize(64u << 20);
+    SceneFile file;
+    file.add(zstdChunk(kTexMap, body));
+    file.build();
+    file[0].next = file.offsetOf(0);
+    OpenScene scene(file.build());
+    ASSERT_LT(scene.reader.fileSize, 64u << 10);
+    SceneStatus last;
+    EXPECT_EQ(texMapIds(scene.reader, last), std::vector<int32_t>{5});
+    EXPECT_EQ(last, SceneInvalid);
+    EXPECT_EQ(scene.reader.decodeAttempts, 1u);
 }
 
 TEST(SceneWalk, AChainInFileOrderIsReadWithoutSeeking) {
