@@ -77,7 +77,7 @@ void buildTimeSlices(SceneFileReader& reader, Slice*& first, ByteSpan body, uint
         uint64_t elements = body.u64(at + kElements);
         if (elementCount != 0 && elements != 0) {
             uint64_t bytes = elementCount * memoryElementBytes;
-            if (!spans(body, at, elements, elementCount * fileElementBytes) || !budget.take(bytes)) {
+            if (!spans(body, at, elements, elementCount * fileElementBytes) || !budget.takeBacked(bytes)) {
                 return fail(reader, SceneInvalid);
             }
             if (budget.copies() && !fill(*slice, body.data + at + elements, elementCount, bytes)) {

@@ -1,6 +1,6 @@
 // What the three geometry readers share: the walk over a run of chunks that makes one model,
 // the checks of offsets against a body, names with their hashes, key tracks, and the budget
-// that keeps a small body from asking for unbounded array memory.
+// that keeps a small file from asking for unbounded array memory.
 #pragma once
 #include "scene/byte_span.h"
 #include "scene/chunk_scan.h"
@@ -10,28 +10,46 @@
 
 namespace geometry_parts {
 
-// Array memory one model may take. Legitimate arrays are copies of body bytes, widened at
-// most twelvefold (a 12-byte point becomes a 144-byte element), so sixteen times the bodies
-// leaves room; the base allowance covers arrays that have no bytes in the body at all, such
-// as zeroed point arrays. Slices that share their source bytes, or counts with no data
-// behind them, cannot make memory grow beyond this.
+// Array memory one model may take, in proportion to what the model's chunks hold, so that no
+// count in a small body can ask for unbounded memory.
 class ArrayBudget {
   public:
-    static constexpr uint64_t kBaseAllowance = uint64_t(64) << 20;
-    static constexpr uint64_t kBodyFactor = 16;
+    // Arrays copied from a body widen its bytes at most twelvefold (a 12-byte point becomes a
+    // 144-byte element); sixteen times the decoded bytes leaves room. Slices that share their
+    // source bytes cannot make memory grow beyond this.
+    static constexpr uint64_t kDecodedFactor = 16;
+    // However well a body compresses, the arrays it backs stay within this multiple of its
+    // stored bytes: a frame of a few kilobytes that decodes to a gigabyte of zeros cannot
+    // become a hundred gigabytes of arrays. Geometry that is not forged compresses far less.
+    static constexpr uint64_t kStoredFactor = 4096;
+    // Zeroed arrays that no byte of the body stands behind (points whose positions and extras
+    // are both absent) are free to declare, so they get only this multiple of stored bytes.
+    static constexpr uint64_t kUnbackedFactor = 64;
 
     explicit ArrayBudget(bool copies) : copies_(copies) {}
     // Whether arrays are built once they have passed their checks, or only checked.
     bool copies() const { return copies_; }
-    void grant(uint64_t bodyBytes) { remaining += bodyBytes * kBodyFactor; }
-    bool take(uint64_t bytes) {
+    void grant(uint64_t storedBytes, uint64_t decodedBytes) {
+        const uint64_t fromDecoded = times(decodedBytes, kDecodedFactor), fromStored = times(storedBytes, kStoredFactor);
+        backed_ = plus(backed_, fromDecoded < fromStored ? fromDecoded : fromStored);
+        unbacked_ = plus(unbacked_, times(storedBytes, kUnbackedFactor));
+    }
+    // An array copied from bytes of the body.
+    bool takeBacked(uint64_t bytes) { return take(backed_, bytes); }
+    // An array of zeros, with no bytes of the body behind it.
+    bool takeUnbacked(uint64_t bytes) { return take(unbacked_, bytes); }
+
+  private:
+    static uint64_t times(uint64_t a, uint64_t b) { return a > UINT64_MAX / b ? UINT64_MAX : a * b; }
+    static uint64_t plus(uint64_t a, uint64_t b) { return a > UINT64_MAX - b ? UINT64_MAX : a + b; }
+    static bool take(uint64_t& remaining, uint64_t bytes) {
         if (bytes > remaining) return false;
         remaining -= bytes;
         return true;
     }
 
-  private:
-    uint64_t remaining = kBaseAllowance;
+    uint64_t backed_ = 0;
+    uint64_t unbacked_ = 0;
     bool copies_;
 };
 
@@ -87,7 +105,7 @@ SceneStatus readModelRun(SceneFileReader& reader, uint32_t chunkType, uint64_t m
                 ChunkBody body;
                 bool morePartsFollow = false;
                 if (body.fetch(reader) == SceneOk) {
-                    budget.grant(body.bytes().size);
+                    budget.grant(reader.chunk.storedSize, body.bytes().size);
                     Part* part = build(body.bytes(), budget);
                     if (part) {
                         if (previous) previous->next = part;

@@ -59,7 +59,7 @@ struct ArrayJob {
 void fillArray(SceneFileReader& reader, StaticSliceT& slice, ByteSpan body, uint64_t at, const ArrayJob& job,
                ArrayBudget& budget) {
     uint64_t offset = body.u64(at + job.offsetField);
-    if (!spans(body, at, offset, job.bytes) || !budget.take(job.bytes)) return fail(reader, SceneInvalid);
+    if (!spans(body, at, offset, job.bytes) || !budget.takeBacked(job.bytes)) return fail(reader, SceneInvalid);
     if (!budget.copies()) return;
     void* block = slice.Allocate(job.bytes);
     if (!block) return fail(reader, SceneOutOfMemory);
@@ -133,7 +133,7 @@ void fillPositions(SceneFileReader& reader, TimeSliceT& slice, ByteSpan body, ui
     uint64_t offset = body.u64(at + kPositions);
     if (count == 0 || offset == 0) return;
     uint64_t bytes = count * kPositionBytes;
-    if (!spans(body, at, offset, count * kFilePositionBytes) || !budget.take(bytes)) {
+    if (!spans(body, at, offset, count * kFilePositionBytes) || !budget.takeBacked(bytes)) {
         return fail(reader, SceneInvalid);
     }
     if (!budget.copies()) return;
@@ -153,8 +153,10 @@ void fillPoints(SceneFileReader& reader, TimeSliceT& slice, ByteSpan body, uint6
     const uint64_t extras = extrasOffset != 0 ? shape.pointExtraCount : 0;
     if (extras > uint64_t(TRDF_Load::kMaxPointExtras)) return fail(reader, SceneInvalid);
     uint64_t bytes = count * sizeof(PointElement);
+    const bool backed = pointsOffset != 0 || extras != 0;
     if ((pointsOffset != 0 && !spans(body, at, pointsOffset, count * kFilePositionBytes)) ||
-        (extras != 0 && !spans(body, at, extrasOffset, count * extras * kExtraBytes)) || !budget.take(bytes)) {
+        (extras != 0 && !spans(body, at, extrasOffset, count * extras * kExtraBytes)) ||
+        !(backed ? budget.takeBacked(bytes) : budget.takeUnbacked(bytes))) {
         return fail(reader, SceneInvalid);
     }
     if (!budget.copies()) return;

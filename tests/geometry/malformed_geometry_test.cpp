@@ -303,11 +303,11 @@ TEST(MalformedGeometry, SharedSourceBytesCannotMultiplyArrayMemory) {
         SCOPED_TRACE(kKindNames[kind]);
         // A few slices sharing their bytes are within reason.
         EXPECT_EQ(readModel(kind, {sharedSourceBody(kind, 4)}).status, SceneOk);
-        // Enough of them to need more than a model's allowance, with a body far too small to earn it.
+        // Enough of them to need more than the body can earn.
         const uint64_t perSlice = kind == kMesh ? 4096 * 16 : kind == kFurKind ? 1024 * 112 : 1024 * 32;
-        const int count = int(ArrayBudget::kBaseAllowance / perSlice) * 5 / 4 + 8;
+        const int count = 600;
         const Bytes body = sharedSourceBody(kind, count);
-        ASSERT_LT(body.size() * ArrayBudget::kBodyFactor, perSlice * count / 8);
+        ASSERT_LT(body.size() * ArrayBudget::kDecodedFactor, perSlice * count / 4);
         EXPECT_EQ(readModel(kind, {body}).status, SceneInvalid);
     }
 }
