@@ -91,9 +91,9 @@ class FileRenderer final : public ITaviNameInterface, public ITaviRenderCallback
     TexMapEntry* texmapRecords = nullptr;
     MaterialEntry* materialRecords = nullptr;
     ModelNameRecord* modelRecords = nullptr;
-    int32_t nextTextureId = 0;
-    int32_t nextTexmapId = 0;
-    int32_t nextMaterialId = 0;
+    IdCounter nextTextureId{0};
+    IdCounter nextTexmapId{0};
+    IdCounter nextMaterialId{0};
     TempCamera tempCamera;
     platform::ModuleHandle library = nullptr;
     ITaviTracer* tracer = nullptr;

@@ -72,7 +72,7 @@ struct TexMapKind {
     static NameTable& names(FileRenderer& r) { return r.texmapNames; }
     static NameTable& ids(FileRenderer& r) { return r.texmapIds; }
     static Entry*& list(FileRenderer& r) { return r.texmapRecords; }
-    static int32_t& nextId(FileRenderer& r) { return r.nextTexmapId; }
+    static IdCounter& nextId(FileRenderer& r) { return r.nextTexmapId; }
     static int32_t detect(const char16_t* path) { return DetectTexMapType(path); }
     static void read(Entry& e, const char16_t* path, ITaviNameInterface* names) {
         ReadTexMapDocument(&e.record, path, names);
@@ -89,7 +89,7 @@ struct MaterialKind {
     static NameTable& names(FileRenderer& r) { return r.materialNames; }
     static NameTable& ids(FileRenderer& r) { return r.materialIds; }
     static Entry*& list(FileRenderer& r) { return r.materialRecords; }
-    static int32_t& nextId(FileRenderer& r) { return r.nextMaterialId; }
+    static IdCounter& nextId(FileRenderer& r) { return r.nextMaterialId; }
     static int32_t detect(const char16_t* path) { return DetectMaterialType(path); }
     static void read(Entry& e, const char16_t* path, ITaviNameInterface* names) {
         ReadMaterialDocument(&e.record, path, names);
@@ -124,7 +124,7 @@ int32_t findOrCreateAsset(FileRenderer& r, const char16_t* name, bool lookupOnly
     // What the document refers to gets its id before the item itself.
     readDocument<Kind>(r, *entry, name);
     entry->documentTried = 1;
-    entry->record.id = Kind::nextId(r)++;
+    entry->record.id = Kind::nextId(r).take();
     copyBounded(entry->record.Name, kNameChars, name);
     Kind::names(r).insert(nameKey(entry->record.Name), entry);
     Kind::ids(r).insert(idKey(entry->record.id), entry);
@@ -180,7 +180,7 @@ int32_t FileRenderer::findOrCreateTexture(const char16_t* name, bool lookupOnly)
     entry->record.id = -1;
     entry->next = textureFiles;
     textureFiles = entry;
-    entry->id = nextTextureId++;
+    entry->id = nextTextureId.take();
     copyBounded(entry->record.name, kNameChars, name);
     // Keyed by the name as asked, not by the stored copy.
     textureNames.insert(nameKey(name), entry);
@@ -264,5 +264,5 @@ void FileRenderer::releaseRecords() {
     releaseList(texmapRecords, [](TexMapEntry&) {});
     releaseList(materialRecords, [](MaterialEntry& e) { releaseMaterial(e.record); });
     releaseList(modelRecords, [](ModelNameRecord&) {});
-    nextTextureId = nextTexmapId = nextMaterialId = -1;
+    nextTextureId = nextTexmapId = nextMaterialId = IdCounter(-1);
 }

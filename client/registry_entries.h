@@ -7,6 +7,28 @@
 #include <cstring>
 #include <new>
 
+// Where the ids of one kind of asset go on. Ids are signed 32-bit values that a file may set
+// to anything, INT32_MAX included; the counter wraps past it as a two's-complement machine
+// does, to INT32_MIN, rather than overflow.
+class IdCounter {
+  public:
+    explicit IdCounter(int32_t first) : next_(first) {}
+    // Hands out the next id.
+    int32_t take() {
+        const int32_t id = next_;
+        next_ = after(id);
+        return id;
+    }
+    // An id that a file gave an asset: later ids are handed out above it.
+    void raisePast(int32_t id) {
+        if (id >= next_) next_ = after(id);
+    }
+
+  private:
+    static int32_t after(int32_t id) { return static_cast<int32_t>(static_cast<uint32_t>(id) + 1u); }
+    int32_t next_;
+};
+
 enum TextureKind : uint32_t { TextureKindFile = 0, TextureKindData = 1 };
 
 struct TextureFileEntry {

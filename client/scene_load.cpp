@@ -44,7 +44,7 @@ bool SceneLoad::registerEntry(void* entry, const char16_t* name, int32_t id, con
         stop(StatusErrors);
         return false;
     }
-    if (id >= *registry.nextId) *registry.nextId = id + 1;
+    registry.nextId->raisePast(id);
     if (!registry.names->insert(nameKey(name), entry) || !registry.ids->insert(idKey(id), entry))
         stop(StatusOutOfMemory);
     return true;

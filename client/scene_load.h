@@ -1,5 +1,6 @@
 // One load of a scene file: the reader, the settings being built and the sweeps over the chain.
 #pragma once
+#include "client/registry_entries.h"
 #include "scene/records.h"
 #include "scene/scene_file_reader.h"
 
@@ -13,7 +14,7 @@ struct Registry {
     int32_t (FileRenderer::*find)(const char16_t* name, bool lookupOnly);
     NameTable* names;
     NameTable* ids;
-    int32_t* nextId;
+    IdCounter* nextId;
     const char16_t* duplicateMessage;
 };
 

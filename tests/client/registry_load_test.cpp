@@ -69,6 +69,32 @@ TEST(RegistryLoad, AFolderDocumentReplacesTheSceneMaterialButKeepsItsId) {
                                         "addMaterial type=7 id=4 name=\"steel\""}));
 }
 
+TEST(RegistryLoad, MadeItemsTakeTheIdAfterTheHighestInTheScene) {
+    // Ids are 32-bit and wrap past the largest, as the counter of a two's-complement machine does.
+    const struct Case {
+        int32_t sceneId;
+        std::string madeId;
+    } cases[] = {{41, "42"}, {-5, "0"}, {2147483646, "2147483647"}, {2147483647, "-2147483648"}};
+    for (const Case& c : cases) {
+        ClientSandbox sandbox(recordingEnginePath());
+        std::filesystem::create_directories(sandbox.path("materials"));
+        sandbox.writeFile("materials/steel.xml", "<TaviMaterial type=\"DIFFUSE\"><Common><Name value=\"steel\"/>"
+                                                 "</Common><SpecificParameters><FrontMap name=\"rust\"/>"
+                                                 "<BackMap name=\"top\"/></SpecificParameters></TaviMaterial>");
+        TestScene scene;
+        scene.add(sw::kTexMap, sw::texMapBody(5, c.sceneId, "top"));
+        scene.add(sw::kMaterial, twoSided(4, "steel", -1, -1));
+        addMesh(scene, 4);
+        ClientRun run = sandbox.run({"-scene", scene.write(sandbox), "-materials", sandbox.path("materials")});
+        EXPECT_EQ(run.exitStatus, 0) << run.output;
+        EXPECT_EQ(assetCalls(sandbox.engineLog()),
+                  (std::vector<std::string>{"addTexMap type=0 id=" + c.madeId + " name=\"rust\"",
+                                            "addTexMap type=5 id=" + std::to_string(c.sceneId) + " name=\"top\"",
+                                            "addMaterial type=7 id=4 name=\"steel\""}))
+            << c.sceneId;
+    }
+}
+
 TEST(RegistryLoad, ALongNameIsStoredCutAndMakesARecordPerLookUp) {
     ClientSandbox sandbox(recordingEnginePath());
     const std::string longName(70, 'x');
