@@ -1,7 +1,9 @@
 #include "platform/pages.h"
 
 #include <sys/mman.h>
+#include <unistd.h>
 
+#include <atomic>
 #include <cstdint>
 
 namespace platform {
@@ -19,6 +21,30 @@ constexpr size_t kHugePage = size_t(2) << 20;
 // No address space holds a run longer than this; asking for more fails before any rounding.
 constexpr size_t kLongestRun = SIZE_MAX / 2;
 
+// Runs mapped and not yet released, in mapped bytes.
+std::atomic<uint64_t> gMappedBytes{0};
+
+// Memory is committed lazily, so a request beyond what the machine holds would be granted and
+// then end the process, by the out-of-memory killer, as its pages are first written. Refusing
+// it here turns that into a failed allocation that the caller reports.
+uint64_t physicalMemory() {
+    static const uint64_t bytes = [] {
+        const long pages = sysconf(_SC_PHYS_PAGES), size = sysconf(_SC_PAGESIZE);
+        return pages > 0 && size > 0 ? uint64_t(pages) * uint64_t(size) : UINT64_MAX;
+    }();
+    return bytes;
+}
+
+bool reserve(size_t length) {
+    uint64_t mapped = gMappedBytes.load(std::memory_order_relaxed);
+    do {
+        if (length > physicalMemory() || mapped > physicalMemory() - length) return false;
+    } while (!gMappedBytes.compare_exchange_weak(mapped, mapped + length, std::memory_order_relaxed));
+    return true;
+}
+
+void unreserve(size_t length) { gMappedBytes.fetch_sub(length, std::memory_order_relaxed); }
+
 bool wantsHugePages(size_t bytes) { return bytes >= kHugePageRun; }
 
 // The length a run of `bytes` is mapped with: large runs end on a huge-page boundary too, so
@@ -28,11 +54,7 @@ size_t mappedLength(size_t bytes) {
     return (bytes + unit - 1) & ~(unit - 1);
 }
 
-} // namespace
-
-void* allocatePages(size_t bytes) {
-    if (bytes == 0 || bytes > kLongestRun) return nullptr;
-    const size_t length = mappedLength(bytes);
+void* mapRun(size_t bytes, size_t length) {
     if (!wantsHugePages(bytes)) {
         void* mapping = mmap(nullptr, length, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
         return mapping == MAP_FAILED ? nullptr : mapping;
@@ -52,8 +74,21 @@ void* allocatePages(size_t bytes) {
     return base;
 }
 
+} // namespace
+
+void* allocatePages(size_t bytes) {
+    if (bytes == 0 || bytes > kLongestRun) return nullptr;
+    const size_t length = mappedLength(bytes);
+    if (!reserve(length)) return nullptr;
+    void* base = mapRun(bytes, length);
+    if (!base) unreserve(length);
+    return base;
+}
+
 void releasePages(void* base, size_t bytes) {
-    if (base) munmap(base, mappedLength(bytes));
+    if (!base) return;
+    munmap(base, mappedLength(bytes));
+    unreserve(mappedLength(bytes));
 }
 
 } // namespace platform
