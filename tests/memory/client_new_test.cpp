@@ -24,6 +24,15 @@ uint64_t payloadOf(const void* block) {
     return poolBlockWords(block).sizeAndFlags & kPoolBlockSizeMask;
 }
 
+// The compiler may leave out an allocation and its delete when the pointer goes nowhere, and
+// clang does so for a block whose only use is an alignment it already knows. Handing the
+// pointer to an opaque statement keeps the operators' calls in the test.
+template <class T>
+T* kept(T* block) {
+    asm volatile("" : : "r"(block) : "memory");
+    return block;
+}
+
 // True if `block` is an allocated pool block of the process's pool.
 bool isGlobalPoolBlock(const void* block) {
     PoolBlockWords words = poolBlockWords(block);
@@ -80,12 +89,12 @@ TEST(ClientNew, GlobalOperatorsUseThePool) {
     };
     PoolAllocator* pool = poolInstance();
     const uint64_t liveBefore = poolLiveBlocks(pool);
-    auto* one = new int(7);
-    auto* array = new char[6000];
-    auto* wides = new Wide[3]; // through the aligned path
-    auto* quiet = new (std::nothrow) char[10];
-    void* empty1 = ::operator new(0);
-    void* empty2 = ::operator new(0);
+    auto* one = kept(new int(7));
+    auto* array = kept(new char[6000]);
+    auto* wides = kept(new Wide[3]); // through the aligned path
+    auto* quiet = kept(new (std::nothrow) char[10]);
+    void* empty1 = kept(::operator new(0));
+    void* empty2 = kept(::operator new(0));
     const uint64_t liveDuring = poolLiveBlocks(pool);
 
     EXPECT_TRUE(isGlobalPoolBlock(one) && isGlobalPoolBlock(quiet));
