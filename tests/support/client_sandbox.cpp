@@ -1,6 +1,7 @@
 #include "tests/support/client_sandbox.h"
 
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
@@ -8,6 +9,7 @@
 #include <pty.h>
 #include <sstream>
 #include <stdexcept>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -35,7 +37,13 @@ std::string drain(int fd) {
     return out;
 }
 
+// A client that hangs is stopped by the processor time it may use, long before ctest's
+// timeout, and shows as a signal in the exit status.
+constexpr rlim_t kProcessorSeconds = 120;
+
 [[noreturn]] void execClient(const std::string& executable, const std::vector<std::string>& arguments) {
+    const rlimit processor{kProcessorSeconds, kProcessorSeconds};
+    setrlimit(RLIMIT_CPU, &processor);
     std::vector<char*> argv;
     argv.push_back(const_cast<char*>(executable.c_str()));
     for (const std::string& a : arguments) argv.push_back(const_cast<char*>(a.c_str()));
@@ -44,15 +52,18 @@ std::string drain(int fd) {
     _exit(127);
 }
 
-int waitFor(pid_t child) {
+void waitFor(pid_t child, ClientRun& result) {
     int status = 0;
-    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    rusage usage{};
+    while (wait4(child, &status, 0, &usage) < 0 && errno == EINTR) {
     }
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    result.exitStatus = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    result.peakResidentKiB = uint64_t(usage.ru_maxrss);
 }
 
 ClientRun runExecutable(const std::string& executable, const std::vector<std::string>& arguments, bool onTerminal) {
     ClientRun result;
+    const auto start = std::chrono::steady_clock::now();
     int fd = -1;
     pid_t child;
     if (onTerminal) {
@@ -74,7 +85,8 @@ ClientRun runExecutable(const std::string& executable, const std::vector<std::st
     if (child < 0) throw std::runtime_error("fork");
     result.output = drain(fd);
     close(fd);
-    result.exitStatus = waitFor(child);
+    waitFor(child, result);
+    result.wallSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     return result;
 }
 

@@ -1,11 +1,14 @@
 // Runs the real TaviClient executable in a folder of its own, beside a chosen engine module.
 #pragma once
+#include <cstdint>
 #include <string>
 #include <vector>
 
 struct ClientRun {
     int exitStatus = -1; // as the shell sees it: 0..255
     std::string output;  // standard output, raw bytes
+    uint64_t peakResidentKiB = 0;
+    double wallSeconds = 0;
 };
 
 class ClientSandbox {
