@@ -7,9 +7,17 @@
 // Under the leak checker the pool's pages are a heap it does not know: memory of
 // the C library that is referenced only from pool blocks would be reported as
 // leaked. Registered as root regions, the pages are scanned for such references.
-#if defined(__SANITIZE_ADDRESS__)
-#include <sanitizer/lsan_interface.h>
+// (GCC names AddressSanitizer with a macro, clang through __has_feature.)
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
 #define POOLMEM_LEAK_ROOTS 1
+#endif
+#endif
+#if defined(__SANITIZE_ADDRESS__)
+#define POOLMEM_LEAK_ROOTS 1
+#endif
+#ifdef POOLMEM_LEAK_ROOTS
+#include <sanitizer/lsan_interface.h>
 #endif
 
 namespace poolmem {
@@ -28,6 +36,10 @@ bool consumeInjectedFailure() {
 }
 
 } // namespace
+
+bool takeInjectedFailure() {
+    return consumeInjectedFailure();
+}
 
 void* requestPages(size_t bytes) {
     if (consumeInjectedFailure()) return nullptr;

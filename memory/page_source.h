@@ -12,6 +12,9 @@ void returnPages(void* base, size_t bytes);
 
 // The next `count` page requests fail, whatever their size.
 void failNextPageRequests(uint32_t count);
+// Uses up one injected failure, if any is left: for allocations that stand in for a page
+// request without making one.
+bool takeInjectedFailure();
 // Bytes handed out by requestPages and not yet returned, over all pools.
 uint64_t pageBytesOutstanding();
 
