@@ -1,12 +1,21 @@
-// The example scene that the build writes reads back completely.
+// The example scene that the build writes reads back completely, and names no texmap where it
+// means none.
 #include "common/unicode.h"
 #include "tests/scene/scene_test_support.h"
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <cstring>
 #include <memory>
 
 namespace {
+
+int32_t secondTexMapOf(const LightRecord& light) {
+    int32_t id;
+    std::memcpy(&id, reinterpret_cast<const uint8_t*>(&light) + kLightSecondTexMapOffset, sizeof id);
+    return id;
+}
 
 // Records of a kind, each shown to `check` before it is given back.
 template <class Record, class Check>
@@ -48,11 +57,17 @@ TEST(ExampleScene, EveryRecordReads) {
                                            EXPECT_EQ(camera.cameraRole, 0);
                                            EXPECT_EQ(camera.camera.type, 1);
                                            EXPECT_EQ(camera.trackACount, 1u);
+                                           EXPECT_EQ(camera.camera.DistortionMap, -1);
+                                           EXPECT_EQ(camera.camera.ApertureMap, -1);
                                        }),
               1);
-    EXPECT_EQ(countRecords<TempLight>(
-                  reader, readLight,
-                  [](const TempLight& light) { EXPECT_EQ(std::u16string(light.lightName), u"sun"); }),
+    EXPECT_EQ(countRecords<TempLight>(reader, readLight,
+                                      [](const TempLight& light) {
+                                          EXPECT_EQ(std::u16string(light.lightName), u"sun");
+                                          EXPECT_EQ(light.light.texMap, -1);
+                                          if (light.light.type == 4)
+                                              EXPECT_EQ(secondTexMapOf(light.light), -1);
+                                      }),
               1);
 }
 

@@ -1,13 +1,17 @@
 // Writes a small, valid example scene: settings, a render camera, a light, two textures,
 // texture maps, materials and two triangle meshes, with stored and zstd bodies, in chain order.
+#include "scene/records.h"
 #include "tools/scene_writer/geometry_builders.h"
 #include "tools/scene_writer/record_builders.h"
 
+#include <cstddef>
 #include <cstdio>
 
 using namespace scene_writer;
 
 namespace {
+
+constexpr uint32_t kNoTexMap = static_cast<uint32_t>(-1);
 
 Bytes gradientPixels(int width, int height) {
     Bytes pixels;
@@ -60,12 +64,18 @@ SceneFile exampleScene() {
     cameraPath.role = 0;
     cameraPath.target = {0.0f, 1.0f, 0.0f};
     cameraPath.trackA = {FileKey{0, 0, 0x3F800000, 0, 0, 0x40A00000, 0, 0, 0}};
-    scene.add(zstdChunk(kCamera, cameraBody(1)));
+    // A zero texmap reference would name the first texmap; the camera has neither map.
+    Bytes camera = cameraBody(1);
+    put32(camera, offsetof(CameraRecord, DistortionMap), kNoTexMap);
+    put32(camera, offsetof(CameraRecord, ApertureMap), kNoTexMap);
+    scene.add(zstdChunk(kCamera, camera));
     scene.add(storedChunk(kCameraPath, cameraPathBody(cameraPath)));
 
     LightPathPlan lightPath;
     lightPath.name = "sun";
-    scene.add(zstdChunk(kLight, lightBody(5), lightVersion(5)));
+    Bytes light = lightBody(5); // a type without a second texmap reference
+    put32(light, offsetof(LightRecord, texMap), kNoTexMap);
+    scene.add(zstdChunk(kLight, light, lightVersion(5)));
     scene.add(storedChunk(kLightPath, lightPathBody(lightPath)));
 
     // A floor of two materials in rows, and a box in one piece.
