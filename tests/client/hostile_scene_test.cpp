@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <iostream>
+#include <unistd.h>
 
 namespace {
 
@@ -30,8 +31,18 @@ sw::Chunk settingsChunk() { return sw::storedChunk(sw::kSettings, TestScene::qui
 // little more room would decode it from the start again.
 sw::Bytes lyingFrameScene() {
     sw::SceneFile file;
-    sw::Chunk texture = sw::storedChunk(sw::kTextureFile, sw::lyingRunFrame(256, 256), 100, 1);
+    sw::Chunk texture = sw::storedChunk(sw::kTextureFile, sw::runLengthFrame(256, 256), 100, 1);
     file.add(texture);
+    file.add(settingsChunk());
+    return file.build();
+}
+
+// A well-formed frame of a few hundred kilobytes that decodes to more than the machine's memory.
+sw::Bytes beyondMemoryScene() {
+    const uint64_t physical = uint64_t(sysconf(_SC_PHYS_PAGES)) * uint64_t(sysconf(_SC_PAGESIZE));
+    const uint32_t blocks = uint32_t(physical / sw::kRunBlockBytes) + 1024;
+    sw::SceneFile file;
+    file.add(sw::storedChunk(sw::kTextureFile, sw::runLengthFrame(blocks * sw::kRunBlockBytes, blocks), 100, 1));
     file.add(settingsChunk());
     return file.build();
 }
@@ -78,12 +89,13 @@ TEST(HostileScene, EndsPromptlyInLittleMemoryWithItsMessage) {
         {"a frame that lies about its size", lyingFrameScene, ""},
         {"a chunk linked to itself", selfLinkedScene, "Error: invalid scene file.\n"},
         {"counts that no data backs", unbackedPointsScene, "Error: invalid scene file.\n"},
+        {"a body beyond the machine's memory", beyondMemoryScene, ""},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
         ClientSandbox sandbox(recordingEnginePath());
         const sw::Bytes bytes = c.scene();
-        ASSERT_LT(bytes.size(), 64u << 10);
+        ASSERT_LT(bytes.size(), 4u << 20);
         ASSERT_TRUE(sw::writeBytes(sandbox.path("scene.tavi"), bytes));
         ClientRun run = sandbox.run({"-scene", sandbox.path("scene.tavi")});
         std::cout << c.what << ": " << bytes.size() << " bytes, " << run.wallSeconds << " s, "

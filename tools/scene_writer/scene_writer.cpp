@@ -95,17 +95,15 @@ Bytes corruptFrame(const Bytes& data) {
     return frame;
 }
 
-Bytes lyingRunFrame(uint64_t declaredSize, uint32_t blocks, uint8_t byte) {
-    constexpr uint32_t kRunBytes = 128u << 10;
-    // Magic; a descriptor with a two-byte content size and a window byte; a window of 128 KiB;
-    // the size, which a two-byte field stores less 256.
-    Bytes frame = {0x28, 0xB5, 0x2F, 0xFD, 0x40, 0x38};
-    const uint64_t stored = declaredSize - 256;
-    frame.push_back(static_cast<uint8_t>(stored));
-    frame.push_back(static_cast<uint8_t>(stored >> 8));
+Bytes runLengthFrame(uint64_t declaredSize, uint32_t blocks, uint8_t byte) {
+    // Magic; a descriptor with an eight-byte content size and a window byte; a window of
+    // 128 KiB; the size.
+    Bytes frame = {0x28, 0xB5, 0x2F, 0xFD, 0xC0, 0x38};
+    for (int i = 0; i < 8; ++i)
+        frame.push_back(static_cast<uint8_t>(declaredSize >> (8 * i)));
     for (uint32_t i = 0; i < blocks; ++i) {
         const uint32_t last = i + 1 == blocks ? 1 : 0;
-        const uint32_t header = kRunBytes << 3 | 1u << 1 | last; // size, run-length type, last
+        const uint32_t header = uint32_t(kRunBlockBytes) << 3 | 1u << 1 | last; // size, run-length type, last
         frame.push_back(static_cast<uint8_t>(header));
         frame.push_back(static_cast<uint8_t>(header >> 8));
         frame.push_back(static_cast<uint8_t>(header >> 16));

@@ -27,10 +27,11 @@ Bytes zstdFrame(const Bytes& data, bool withContentSize = true);
 Bytes skippableFrame(size_t payload);
 // A frame whose header declares data.size() bytes but whose blocks are garbage.
 Bytes corruptFrame(const Bytes& data);
-// A frame whose header declares `declaredSize` bytes (256 to 65791) but which holds `blocks`
-// run-length blocks of 128 KiB of `byte` each: a few bytes a block that a decoder must write
-// out in full before it can tell that the declaration was wrong.
-Bytes lyingRunFrame(uint64_t declaredSize, uint32_t blocks, uint8_t byte = 0);
+// A frame whose header declares `declaredSize` bytes and which holds `blocks` run-length blocks
+// of 128 KiB of `byte` each: four bytes a block. Where the two sizes differ, a decoder must
+// write the blocks out before it can tell that the declaration was wrong.
+constexpr uint64_t kRunBlockBytes = 128u << 10;
+Bytes runLengthFrame(uint64_t declaredSize, uint32_t blocks, uint8_t byte = 0);
 
 // ---- Chunks --------------------------------------------------------------------------------
 
