@@ -65,8 +65,9 @@ TEST(ExampleScene, EveryRecordReads) {
                                       [](const TempLight& light) {
                                           EXPECT_EQ(std::u16string(light.lightName), u"sun");
                                           EXPECT_EQ(light.light.texMap, -1);
-                                          if (light.light.type == 4)
+                                          if (light.light.type == 4) {
                                               EXPECT_EQ(secondTexMapOf(light.light), -1);
+                                          }
                                       }),
               1);
 }
