@@ -5,6 +5,7 @@
 #include "memory/pool_internals.h"
 #include "memory/pool_layout.h"
 #include "memory/spin_lock.h"
+#include "platform/pages.h"
 #include "platform/thread.h"
 
 #include <cstdio>
@@ -237,6 +238,7 @@ constexpr uint64_t kSanitizerBlockMark = 0x7361626C6F636B73; // what no other he
 struct SanitizerBlockHead {
     PoolAllocator* owner;
     uint64_t mark;
+    uint64_t claimed; // bytes of the machine's memory, as the pool of regions claims them
 };
 
 SanitizerBlockHead* headOf(void* payload) {
@@ -248,9 +250,15 @@ void* sanitizerAlloc(PoolAllocator* pool, uint64_t requested) {
     // page request that failure injection counts.
     if (requested + kHeaderSize >= kMinRegionSize && takeInjectedFailure()) return nullptr;
     const uint64_t rounded = (kSanitizerHeadBytes + requested + kMinPayload - 1) & ~(kMinPayload - 1);
+    // What the machine cannot hold is refused here as the pool of regions refuses it, rather
+    // than by the sanitizer, which ends the process on an allocation it cannot serve.
+    if (!platform::claimMemory(rounded)) return nullptr;
     void* raw = std::aligned_alloc(kMinPayload, rounded);
-    if (!raw) return nullptr;
-    const SanitizerBlockHead head{pool, kSanitizerBlockMark};
+    if (!raw) {
+        platform::unclaimMemory(rounded);
+        return nullptr;
+    }
+    const SanitizerBlockHead head{pool, kSanitizerBlockMark, rounded};
     std::memcpy(raw, &head, sizeof head);
     char* payload = static_cast<char*>(raw) + kSanitizerHeadBytes;
     ASAN_POISON_MEMORY_REGION(raw, kSanitizerHeadBytes);
@@ -271,6 +279,7 @@ void sanitizerFree(void* payload) {
     // The sanitizer reports a second free of the same block here, where the pool of regions
     // would have let it pass.
     std::free(head);
+    platform::unclaimMemory(copy.claimed);
     PoolAllocator* owner = copy.owner;
     if (owner->liveBlocks.fetch_sub(1) == 1 && owner->exitPending.load() == 1) destroyIfClaimed(owner);
 }

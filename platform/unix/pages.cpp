@@ -21,12 +21,9 @@ constexpr size_t kHugePage = size_t(2) << 20;
 // No address space holds a run longer than this; asking for more fails before any rounding.
 constexpr size_t kLongestRun = SIZE_MAX / 2;
 
-// Runs mapped and not yet released, in mapped bytes.
-std::atomic<uint64_t> gMappedBytes{0};
+// Bytes claimed and not yet given back.
+std::atomic<uint64_t> gClaimedBytes{0};
 
-// Memory is committed lazily, so a request beyond what the machine holds would be granted and
-// then end the process, by the out-of-memory killer, as its pages are first written. Refusing
-// it here turns that into a failed allocation that the caller reports.
 uint64_t physicalMemory() {
     static const uint64_t bytes = [] {
         const long pages = sysconf(_SC_PHYS_PAGES), size = sysconf(_SC_PAGESIZE);
@@ -34,16 +31,6 @@ uint64_t physicalMemory() {
     }();
     return bytes;
 }
-
-bool reserve(size_t length) {
-    uint64_t mapped = gMappedBytes.load(std::memory_order_relaxed);
-    do {
-        if (length > physicalMemory() || mapped > physicalMemory() - length) return false;
-    } while (!gMappedBytes.compare_exchange_weak(mapped, mapped + length, std::memory_order_relaxed));
-    return true;
-}
-
-void unreserve(size_t length) { gMappedBytes.fetch_sub(length, std::memory_order_relaxed); }
 
 bool wantsHugePages(size_t bytes) { return bytes >= kHugePageRun; }
 
@@ -79,16 +66,28 @@ void* mapRun(size_t bytes, size_t length) {
 void* allocatePages(size_t bytes) {
     if (bytes == 0 || bytes > kLongestRun) return nullptr;
     const size_t length = mappedLength(bytes);
-    if (!reserve(length)) return nullptr;
+    if (!claimMemory(length)) return nullptr;
     void* base = mapRun(bytes, length);
-    if (!base) unreserve(length);
+    if (!base) unclaimMemory(length);
     return base;
 }
 
 void releasePages(void* base, size_t bytes) {
     if (!base) return;
     munmap(base, mappedLength(bytes));
-    unreserve(mappedLength(bytes));
+    unclaimMemory(mappedLength(bytes));
+}
+
+bool claimMemory(size_t bytes) {
+    uint64_t claimed = gClaimedBytes.load(std::memory_order_relaxed);
+    do {
+        if (bytes > physicalMemory() || claimed > physicalMemory() - bytes) return false;
+    } while (!gClaimedBytes.compare_exchange_weak(claimed, claimed + bytes, std::memory_order_relaxed));
+    return true;
+}
+
+void unclaimMemory(size_t bytes) {
+    gClaimedBytes.fetch_sub(bytes, std::memory_order_relaxed);
 }
 
 } // namespace platform
