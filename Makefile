@@ -1,9 +1,10 @@
 # The user's entry: `make test` and `make demo` set up a fresh Debian machine, build and run.
 BUILD ?= build
 SANITIZE_BUILD ?= build-sanitize
+CLANG_BUILD ?= build-clang
 JOBS ?= $(shell nproc)
 
-.PHONY: all deps build test test-main test-sanitize demo bench clean
+.PHONY: all deps build test test-main test-sanitize test-clang demo bench clean
 
 all: build
 
@@ -24,6 +25,12 @@ test-sanitize: deps
 	cmake -S . -B $(SANITIZE_BUILD) -DCMAKE_BUILD_TYPE=Debug -DTAVI_SANITIZE=ON
 	cmake --build $(SANITIZE_BUILD) -j$(JOBS)
 	ctest --test-dir $(SANITIZE_BUILD) --output-on-failure -j$(JOBS)
+
+# The same suite built by clang, whose warnings and optimiser differ from g++'s.
+test-clang: deps
+	cmake -S . -B $(CLANG_BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++
+	cmake --build $(CLANG_BUILD) -j$(JOBS)
+	ctest --test-dir $(CLANG_BUILD) --output-on-failure -j$(JOBS)
 
 # The fuzz targets of tests/fuzz under libFuzzer, which comes with clang, built with both sanitizers
 # in a build of their own that holds the libraries and the fuzzers alone.
@@ -57,4 +64,4 @@ bench: build
 	@for b in $(BUILD)/bench/*/*_bench; do echo "== $$b"; $$b; done
 
 clean:
-	rm -rf $(BUILD) $(SANITIZE_BUILD)
+	rm -rf $(BUILD) $(SANITIZE_BUILD) $(CLANG_BUILD)
