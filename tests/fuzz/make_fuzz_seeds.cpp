@@ -127,9 +127,27 @@ class Dictionary {
 };
 
 void addXmlSyntax(Dictionary& dictionary) {
-    for (const char* token : {"<?xml version=\"1.0\"?>", "<", "</", "/>", ">", "=\"", "\"", "<!--", "-->",
-                              "<![CDATA[", "]]>", "&amp;", "&#", "\xEF\xBB\xBF", "true", "false", "-1", "1e+",
-                              "0x", "nan", "inf"})
+    for (const char* token : {"<?xml version=\"1.0\"?>",
+                              "<",
+                              "</",
+                              "/>",
+                              ">",
+                              "=\"",
+                              "\"",
+                              "<!--",
+                              "-->",
+                              "<![CDATA[",
+                              "]]>",
+                              "&amp;",
+                              "&#",
+                              "\xEF\xBB\xBF",
+                              "true",
+                              "false",
+                              "-1",
+                              "1e+",
+                              "0x",
+                              "nan",
+                              "inf"})
         dictionary.add(token);
 }
 
@@ -336,10 +354,17 @@ void fillFields(const TypeDescriptor& table, uint8_t* record) {
         const FieldDescriptor& field = table.fields[i];
         switch (field.kind) {
         case FieldKind::Int:
-        case FieldKind::UInt: std::memcpy(record + field.offset, &two, sizeof two); break;
-        case FieldKind::Float: std::memcpy(record + field.offset, &half, sizeof half); break;
-        case FieldKind::Bool: record[field.offset] = 1; break;
-        default: break;
+        case FieldKind::UInt:
+            std::memcpy(record + field.offset, &two, sizeof two);
+            break;
+        case FieldKind::Float:
+            std::memcpy(record + field.offset, &half, sizeof half);
+            break;
+        case FieldKind::Bool:
+            record[field.offset] = 1;
+            break;
+        default:
+            break;
         }
     }
 }
@@ -381,7 +406,8 @@ void writeDocumentSeeds(const char* target, const TypeDescriptor* const* tables,
             pugi::xml_document doc;
             if (!build(record.get(), &names, &doc)) continue;
             dictionary.addNamesOf(doc);
-            writeSeed(target, std::string(table.word) + (filled ? "_filled" : "") + ".xml", documentText(doc));
+            writeSeed(target, std::string(table.word) + (filled ? "_filled" : "") + ".xml",
+                      documentText(doc));
         }
     }
     dictionary.write(target);
@@ -394,11 +420,12 @@ void writeMaterialSeeds() {
             return BuildMaterialDocument(record, names, doc);
         });
     // A blend of two children written by hand, with the case and spacing a person might use.
-    writeSeed("material_document", "mix_by_hand.xml",
-              "<TaviMaterial type=\"mix\">\n <Common><Name value=\"seed\"/></Common>\n <SpecificParameters>"
-              "<NumChildren value=\"2\"/><Child id=\"0\"><Material name=\"other\"/><Weight value=\"1\"/></Child>"
-              "<Child id=\"1\"><Material name=\"second\"/><WeightMap name=\"map\"/></Child>"
-              "</SpecificParameters></TaviMaterial>\n");
+    writeSeed(
+        "material_document", "mix_by_hand.xml",
+        "<TaviMaterial type=\"mix\">\n <Common><Name value=\"seed\"/></Common>\n <SpecificParameters>"
+        "<NumChildren value=\"2\"/><Child id=\"0\"><Material name=\"other\"/><Weight value=\"1\"/></Child>"
+        "<Child id=\"1\"><Material name=\"second\"/><WeightMap name=\"map\"/></Child>"
+        "</SpecificParameters></TaviMaterial>\n");
 }
 
 void writeTexMapSeeds() {
@@ -518,8 +545,8 @@ void writeSpectrumSeeds() {
               "380, 0.0014, 0.0000, 0.0065\n385,0.0022,0.0001,0.0105\r\n390 , 4.2e-3 , +1.2E-4 , .0201\n");
     writeSeed("spectrum_table", "one_record.csv", "-1.5e+2,1,2,3");
     Dictionary dictionary;
-    for (const char* token : {",", " ", "\n", "\r\n", "\t", ".", "-", "+", "e-", "e+", "E-", "E+", "0.", "1e+38",
-                              "1e-45", "99999999"})
+    for (const char* token : {",", " ", "\n", "\r\n", "\t", ".", "-", "+", "e-", "e+", "E-", "E+", "0.",
+                              "1e+38", "1e-45", "99999999"})
         dictionary.add(token);
     dictionary.write("spectrum_table");
 }

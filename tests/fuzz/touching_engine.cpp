@@ -23,26 +23,14 @@ uint64_t bitArrayBytes(uint64_t bits) {
     return ((bits + 31) / 32) * 4;
 }
 
-// The pixel block's length as the format gives it: the product in 32-bit signed arithmetic.
+// The pixel block's length as the format gives it: the product in 32-bit signed arithmetic of
+// width, height and the bytes of a pixel of its type (other types have none).
 uint64_t pixelBytes(const TextureDataRecord& texture) {
-    uint32_t perPixel = 0;
-    switch (texture.pixelType) {
-    case 4: perPixel = 1; break;
-    case 5:
-    case 6: perPixel = 2; break;
-    case 0:
-    case 7: perPixel = 4; break;
-    case 1:
-    case 2:
-    case 8: perPixel = 8; break;
-    case 3:
-    case 9:
-    case 10: perPixel = 16; break;
-    case 11: perPixel = 32; break;
-    default: break;
-    }
-    const int32_t product =
-        static_cast<int32_t>(static_cast<uint32_t>(texture.width) * static_cast<uint32_t>(texture.height) * perPixel);
+    constexpr uint32_t kBytesPerPixel[] = {4, 8, 8, 16, 1, 2, 2, 4, 8, 16, 16, 32};
+    const bool known = texture.pixelType >= 0 && texture.pixelType < 12;
+    const uint32_t perPixel = known ? kBytesPerPixel[texture.pixelType] : 0;
+    const int32_t product = static_cast<int32_t>(static_cast<uint32_t>(texture.width) *
+                                                 static_cast<uint32_t>(texture.height) * perPixel);
     return product < 0 ? 0 : static_cast<uint64_t>(product);
 }
 
@@ -217,7 +205,8 @@ int32_t TouchingEngine::addLight(bridgeLight* object) {
     FUZZ_CHECK(object != nullptr);
     const TempLight& light = *static_cast<TempLight*>(object);
     touch(&light, sizeof light);
-    touchTrack(light.track, light.trackCount, [this](const void* bytes, uint64_t length) { touch(bytes, length); });
+    touchTrack(light.track, light.trackCount,
+               [this](const void* bytes, uint64_t length) { touch(bytes, length); });
     return 0;
 }
 
