@@ -94,6 +94,15 @@ class FileRenderer final : public ITaviNameInterface, public ITaviRenderCallback
     IdCounter nextTextureId{0};
     IdCounter nextTexmapId{0};
     IdCounter nextMaterialId{0};
+    // Names whose documents are being read to create them, innermost first. Such an item is
+    // registered only once its document is read, so a document that names itself, or a ring
+    // of documents naming each other, is caught here rather than read again without end.
+    struct Creation {
+        const char16_t* name;
+        const void* kind;
+        const Creation* outer;
+    };
+    const Creation* creating = nullptr;
     TempCamera tempCamera;
     platform::ModuleHandle library = nullptr;
     ITaviTracer* tracer = nullptr;

@@ -12,6 +12,7 @@
 
 #include <cstring>
 #include <new>
+#include <string_view>
 
 namespace {
 
@@ -117,12 +118,22 @@ int32_t findOrCreateAsset(FileRenderer& r, const char16_t* name, bool lookupOnly
     if (isEmpty(name)) return -1;
     if (auto* found = r.findAsset<Kind>(name)) return found->record.id;
     if (lookupOnly) return -1;
+    for (const FileRenderer::Creation* outer = r.creating; outer; outer = outer->outer) {
+        if (outer->kind == Kind::kRecursion && std::u16string_view(outer->name) == name) {
+            r.reportError(formatWide(Kind::kRecursion, name).c_str(), 0);
+            r.raiseStatus(StatusErrors);
+            return -1;
+        }
+    }
     auto* entry = newZeroedEntry<typename Kind::Entry>();
     entry->record.id = -1;
     entry->next = Kind::list(r);
     Kind::list(r) = entry;
     // What the document refers to gets its id before the item itself.
+    const FileRenderer::Creation creation{name, Kind::kRecursion, r.creating};
+    r.creating = &creation;
     readDocument<Kind>(r, *entry, name);
+    r.creating = creation.outer;
     entry->documentTried = 1;
     entry->record.id = Kind::nextId(r).take();
     copyBounded(entry->record.Name, kNameChars, name);

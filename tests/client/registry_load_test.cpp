@@ -95,6 +95,39 @@ TEST(RegistryLoad, MadeItemsTakeTheIdAfterTheHighestInTheScene) {
     }
 }
 
+TEST(RegistryLoad, DocumentsThatNameThemselvesAreReportedNotReadWithoutEnd) {
+    const struct Case {
+        const char* what;
+        std::vector<std::pair<std::string, std::string>> texmaps; // name, the map it names
+        std::string message;
+    } cases[] = {
+        {"a document naming itself", {{"rust", "rust"}}, "Error: texmap rust recurrently referenced by itself.\n"},
+        {"a ring of three", {{"rust", "a"}, {"a", "b"}, {"b", "rust"}},
+         "Error: texmap rust recurrently referenced by itself.\n"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        ClientSandbox sandbox(recordingEnginePath());
+        std::filesystem::create_directories(sandbox.path("materials"));
+        std::filesystem::create_directories(sandbox.path("texmaps"));
+        sandbox.writeFile("materials/steel.xml", "<TaviMaterial type=\"DIFFUSE\"><Common><Name value=\"steel\"/>"
+                                                 "</Common><SpecificParameters><FrontMap name=\"rust\"/>"
+                                                 "</SpecificParameters></TaviMaterial>");
+        for (const auto& [name, named] : c.texmaps) {
+            sandbox.writeFile("texmaps/" + name + ".xml", "<TaviTexMap type=\"BLEND\"><SpecificParameters><Map1 name=\"" +
+                                                              named + "\"/></SpecificParameters></TaviTexMap>");
+        }
+        TestScene scene;
+        scene.add(sw::kMaterial, twoSided(4, "steel", -1, -1));
+        addMesh(scene, 4);
+        ClientRun run = sandbox.run({"-scene", scene.write(sandbox), "-materials", sandbox.path("materials"),
+                                     "-texmaps", sandbox.path("texmaps")});
+        EXPECT_EQ(run.exitStatus, 255) << run.output;
+        EXPECT_TRUE(contains(run.output, c.message + "Rendering not started because of errors or warnings.\n"))
+            << run.output;
+    }
+}
+
 TEST(RegistryLoad, ALongNameIsStoredCutAndMakesARecordPerLookUp) {
     ClientSandbox sandbox(recordingEnginePath());
     const std::string longName(70, 'x');
