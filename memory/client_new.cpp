@@ -12,7 +12,7 @@ namespace {
 // From this size up a block carries a back pointer and is aligned to 32, the
 // layout the containers' deallocation of big blocks expects.
 constexpr size_t kBigBlock = 4096;
-#if TAVI_POOL_SANITIZER_BLOCKS
+#if TAVI_SANITIZER_BLOCKS
 // A pool block is then exactly as long as asked and 64-aligned, so the back pointer and the
 // alignment to 32 take exactly 32 bytes, and the block ends where the request does.
 constexpr size_t kBigBlockSlack = 32;

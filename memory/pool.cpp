@@ -13,7 +13,7 @@
 #include <cstring>
 #include <new>
 
-#if TAVI_POOL_SANITIZER_BLOCKS
+#if TAVI_SANITIZER_BLOCKS
 #include <sanitizer/asan_interface.h>
 #endif
 
@@ -224,12 +224,12 @@ PoolAllocator* poolInstance() {
 // ---- Blocks of the sanitizer's own -------------------------------------------
 // Carved from regions, blocks sit between other blocks of pool memory that the address
 // sanitizer takes to be in use: an overrun of a block, or a read of one already freed,
-// goes unseen. Built with TAVI_POOL_SANITIZER_BLOCKS, every block is an allocation of the
+// goes unseen. Built with TAVI_SANITIZER_BLOCKS, every block is an allocation of the
 // C runtime instead, which the sanitizer fences with redzones and holds in quarantine
 // once freed. The 64 bytes in front name the owning pool, so that the live count stays
 // right; they and the rounding behind the requested bytes are poisoned.
 
-#if TAVI_POOL_SANITIZER_BLOCKS
+#if TAVI_SANITIZER_BLOCKS
 namespace {
 
 constexpr uint64_t kSanitizerHeadBytes = 64;
@@ -291,7 +291,7 @@ void sanitizerFree(void* payload) {
 
 void* poolAlloc(PoolAllocator* pool, size_t requested) {
     if (!pool || requested > kMaxRequest) return nullptr;
-#if TAVI_POOL_SANITIZER_BLOCKS
+#if TAVI_SANITIZER_BLOCKS
     return sanitizerAlloc(pool, requested);
 #endif
     uint64_t size = (uint64_t(requested) + 3) & ~uint64_t(3);
@@ -325,7 +325,7 @@ void* poolAlloc(PoolAllocator* pool, size_t requested) {
 // `pool` argument is not needed for that and may even be null.
 void poolFree(PoolAllocator*, void* payload) {
     if (!payload) return;
-#if TAVI_POOL_SANITIZER_BLOCKS
+#if TAVI_SANITIZER_BLOCKS
     sanitizerFree(payload);
     return;
 #endif

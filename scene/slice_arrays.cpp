@@ -5,7 +5,9 @@
 // returns it the way it came.
 //
 // Large arrays take whole pages of their own: they are written from end to end at once, and
-// the system backs such runs with huge pages, which spares most of the faults.
+// the system backs such runs with huge pages, which spares most of the faults. Under the
+// sanitizers every array is a block of the C runtime, with the rounding behind it poisoned, so
+// that a read past its end is reported wherever the engine makes it.
 #include "scene/geometry_objects.h"
 
 #include "platform/pages.h"
@@ -13,6 +15,14 @@
 #include <atomic>
 #include <cstdlib>
 #include <cstring>
+
+#if TAVI_SANITIZER_BLOCKS
+#include <sanitizer/asan_interface.h>
+constexpr bool kSanitizerBlocks = true;
+#else
+#define ASAN_POISON_MEMORY_REGION(address, size) ((void)(address), (void)(size))
+constexpr bool kSanitizerBlocks = false;
+#endif
 
 namespace TRDF_Load {
 
@@ -23,35 +33,53 @@ constexpr size_t kPagedArrayBytes = size_t(2) << 20;
 
 std::atomic<uint64_t> gLiveSliceArrays{0};
 
+// The first words of the head in front of each array.
+struct SliceHead {
+    uint64_t mapped;  // the length of its own mapping, or 0 for a block of the C runtime
+    uint64_t claimed; // what a block of the C runtime claimed of the machine's memory
+};
+static_assert(sizeof(SliceHead) <= kSliceAlignment);
+
 } // namespace
 
 void* allocateSliceArray(size_t size) {
     if (size > SIZE_MAX - 2 * kSliceAlignment) return nullptr;
     const size_t rounded = (size + kSliceAlignment - 1) & ~(kSliceAlignment - 1);
     const size_t total = kSliceAlignment + rounded;
-    uint64_t mapped = 0;
+    SliceHead head{};
     void* base;
-    if (total >= kPagedArrayBytes) {
+    if (total >= kPagedArrayBytes && !kSanitizerBlocks) {
         base = platform::allocatePages(total);
-        mapped = total;
+        head.mapped = total;
     } else {
-        // aligned_alloc wants a whole number of alignment units, which `total` is.
+        // Under the sanitizers the machine's memory is claimed as page runs claim it, so that
+        // what it cannot hold fails here too. aligned_alloc wants a whole number of alignment
+        // units, which `total` is.
+        if (kSanitizerBlocks && !platform::claimMemory(total)) return nullptr;
+        head.claimed = kSanitizerBlocks ? total : 0;
         base = std::aligned_alloc(kSliceAlignment, total);
+        if (!base && head.claimed) platform::unclaimMemory(total);
     }
     if (!base) return nullptr;
-    std::memcpy(base, &mapped, sizeof mapped);
+    std::memcpy(base, &head, sizeof head);
     gLiveSliceArrays.fetch_add(1, std::memory_order_relaxed);
-    return static_cast<uint8_t*>(base) + kSliceAlignment;
+    uint8_t* block = static_cast<uint8_t*>(base) + kSliceAlignment;
+    ASAN_POISON_MEMORY_REGION(block + size, rounded - size);
+    return block;
 }
 
 void freeSliceArray(void* block) {
     if (!block) return;
     void* base = static_cast<uint8_t*>(block) - kSliceAlignment;
-    uint64_t mapped;
-    std::memcpy(&mapped, base, sizeof mapped);
+    SliceHead head;
+    std::memcpy(&head, base, sizeof head);
     gLiveSliceArrays.fetch_sub(1, std::memory_order_relaxed);
-    if (mapped) platform::releasePages(base, size_t(mapped));
-    else std::free(base);
+    if (head.mapped) {
+        platform::releasePages(base, size_t(head.mapped));
+        return;
+    }
+    std::free(base);
+    if (head.claimed) platform::unclaimMemory(size_t(head.claimed));
 }
 
 uint64_t liveSliceArrays() {

@@ -153,6 +153,23 @@ TEST(GeometryObjects, SliceArraysAlignedWholeAndCleared) {
     checkSlice<TimeSliceS>();
 }
 
+#if TAVI_SANITIZER_BLOCKS
+// The engine reads arrays by the counts it was given; under the sanitizers a read one byte past
+// an array must be reported, small or page-sized, rounded or not.
+TEST(GeometryObjectsDeathTest, AReadPastAnArrayIsReported) {
+    for (size_t size : {size_t(100), size_t(128), size_t(3) << 20}) {
+        SCOPED_TRACE(size);
+        StaticSliceT* slice = StaticSliceT::create();
+        auto* array = static_cast<volatile uint8_t*>(slice->Allocate(size));
+        ASSERT_NE(array, nullptr);
+        array[size - 1] = 1;
+        EXPECT_DEATH(static_cast<void>(array[size]), "AddressSanitizer");
+        slice->Free(const_cast<uint8_t*>(array));
+        slice->Release();
+    }
+}
+#endif
+
 // ---- Deleting destructors and construction -----------------------------------------------------
 
 template <class T> void checkDestroy() {
