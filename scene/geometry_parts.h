@@ -30,7 +30,8 @@ class ArrayBudget {
     // Whether arrays are built once they have passed their checks, or only checked.
     bool copies() const { return copies_; }
     void grant(uint64_t storedBytes, uint64_t decodedBytes) {
-        const uint64_t fromDecoded = times(decodedBytes, kDecodedFactor), fromStored = times(storedBytes, kStoredFactor);
+        const uint64_t fromDecoded = times(decodedBytes, kDecodedFactor),
+                       fromStored = times(storedBytes, kStoredFactor);
         backed_ = plus(backed_, fromDecoded < fromStored ? fromDecoded : fromStored);
         unbacked_ = plus(unbacked_, times(storedBytes, kUnbackedFactor));
     }

@@ -59,7 +59,8 @@ struct ArrayJob {
 void fillArray(SceneFileReader& reader, StaticSliceT& slice, ByteSpan body, uint64_t at, const ArrayJob& job,
                ArrayBudget& budget) {
     uint64_t offset = body.u64(at + job.offsetField);
-    if (!spans(body, at, offset, job.bytes) || !budget.takeBacked(job.bytes)) return fail(reader, SceneInvalid);
+    if (!spans(body, at, offset, job.bytes) || !budget.takeBacked(job.bytes))
+        return fail(reader, SceneInvalid);
     if (!budget.copies()) return;
     void* block = slice.Allocate(job.bytes);
     if (!block) return fail(reader, SceneOutOfMemory);

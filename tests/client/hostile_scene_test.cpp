@@ -25,7 +25,9 @@ constexpr uint64_t kResidentLimitKiB = 256u << 10;
 constexpr uint64_t kResidentLimitKiB = 256u << 10;
 #endif
 
-sw::Chunk settingsChunk() { return sw::storedChunk(sw::kSettings, TestScene::quietSettings()); }
+sw::Chunk settingsChunk() {
+    return sw::storedChunk(sw::kSettings, TestScene::quietSettings());
+}
 
 // A texture-file chunk whose frame declares 256 bytes and holds 32 MiB: each retry with a
 // little more room would decode it from the start again.
@@ -42,7 +44,8 @@ sw::Bytes beyondMemoryScene() {
     const uint64_t physical = uint64_t(sysconf(_SC_PHYS_PAGES)) * uint64_t(sysconf(_SC_PAGESIZE));
     const uint32_t blocks = uint32_t(physical / sw::kRunBlockBytes) + 1024;
     sw::SceneFile file;
-    file.add(sw::storedChunk(sw::kTextureFile, sw::runLengthFrame(blocks * sw::kRunBlockBytes, blocks), 100, 1));
+    file.add(
+        sw::storedChunk(sw::kTextureFile, sw::runLengthFrame(blocks * sw::kRunBlockBytes, blocks), 100, 1));
     file.add(settingsChunk());
     return file.build();
 }

@@ -78,19 +78,22 @@ TEST(RegistryLoad, MadeItemsTakeTheIdAfterTheHighestInTheScene) {
     for (const Case& c : cases) {
         ClientSandbox sandbox(recordingEnginePath());
         std::filesystem::create_directories(sandbox.path("materials"));
-        sandbox.writeFile("materials/steel.xml", "<TaviMaterial type=\"DIFFUSE\"><Common><Name value=\"steel\"/>"
-                                                 "</Common><SpecificParameters><FrontMap name=\"rust\"/>"
-                                                 "<BackMap name=\"top\"/></SpecificParameters></TaviMaterial>");
+        sandbox.writeFile("materials/steel.xml",
+                          "<TaviMaterial type=\"DIFFUSE\"><Common><Name value=\"steel\"/>"
+                          "</Common><SpecificParameters><FrontMap name=\"rust\"/>"
+                          "<BackMap name=\"top\"/></SpecificParameters></TaviMaterial>");
         TestScene scene;
         scene.add(sw::kTexMap, sw::texMapBody(5, c.sceneId, "top"));
         scene.add(sw::kMaterial, twoSided(4, "steel", -1, -1));
         addMesh(scene, 4);
-        ClientRun run = sandbox.run({"-scene", scene.write(sandbox), "-materials", sandbox.path("materials")});
+        ClientRun run =
+            sandbox.run({"-scene", scene.write(sandbox), "-materials", sandbox.path("materials")});
         EXPECT_EQ(run.exitStatus, 0) << run.output;
-        EXPECT_EQ(assetCalls(sandbox.engineLog()),
-                  (std::vector<std::string>{"addTexMap type=0 id=" + c.madeId + " name=\"rust\"",
-                                            "addTexMap type=5 id=" + std::to_string(c.sceneId) + " name=\"top\"",
-                                            "addMaterial type=7 id=4 name=\"steel\""}))
+        EXPECT_EQ(
+            assetCalls(sandbox.engineLog()),
+            (std::vector<std::string>{"addTexMap type=0 id=" + c.madeId + " name=\"rust\"",
+                                      "addTexMap type=5 id=" + std::to_string(c.sceneId) + " name=\"top\"",
+                                      "addMaterial type=7 id=4 name=\"steel\""}))
             << c.sceneId;
     }
 }
@@ -101,8 +104,11 @@ TEST(RegistryLoad, DocumentsThatNameThemselvesAreReportedNotReadWithoutEnd) {
         std::vector<std::pair<std::string, std::string>> texmaps; // name, the map it names
         std::string message;
     } cases[] = {
-        {"a document naming itself", {{"rust", "rust"}}, "Error: texmap rust recurrently referenced by itself.\n"},
-        {"a ring of three", {{"rust", "a"}, {"a", "b"}, {"b", "rust"}},
+        {"a document naming itself",
+         {{"rust", "rust"}},
+         "Error: texmap rust recurrently referenced by itself.\n"},
+        {"a ring of three",
+         {{"rust", "a"}, {"a", "b"}, {"b", "rust"}},
          "Error: texmap rust recurrently referenced by itself.\n"},
     };
     for (const Case& c : cases) {
@@ -110,12 +116,14 @@ TEST(RegistryLoad, DocumentsThatNameThemselvesAreReportedNotReadWithoutEnd) {
         ClientSandbox sandbox(recordingEnginePath());
         std::filesystem::create_directories(sandbox.path("materials"));
         std::filesystem::create_directories(sandbox.path("texmaps"));
-        sandbox.writeFile("materials/steel.xml", "<TaviMaterial type=\"DIFFUSE\"><Common><Name value=\"steel\"/>"
-                                                 "</Common><SpecificParameters><FrontMap name=\"rust\"/>"
-                                                 "</SpecificParameters></TaviMaterial>");
+        sandbox.writeFile("materials/steel.xml",
+                          "<TaviMaterial type=\"DIFFUSE\"><Common><Name value=\"steel\"/>"
+                          "</Common><SpecificParameters><FrontMap name=\"rust\"/>"
+                          "</SpecificParameters></TaviMaterial>");
         for (const auto& [name, named] : c.texmaps) {
-            sandbox.writeFile("texmaps/" + name + ".xml", "<TaviTexMap type=\"BLEND\"><SpecificParameters><Map1 name=\"" +
-                                                              named + "\"/></SpecificParameters></TaviTexMap>");
+            sandbox.writeFile("texmaps/" + name + ".xml",
+                              "<TaviTexMap type=\"BLEND\"><SpecificParameters><Map1 name=\"" + named +
+                                  "\"/></SpecificParameters></TaviTexMap>");
         }
         TestScene scene;
         scene.add(sw::kMaterial, twoSided(4, "steel", -1, -1));
@@ -123,7 +131,8 @@ TEST(RegistryLoad, DocumentsThatNameThemselvesAreReportedNotReadWithoutEnd) {
         ClientRun run = sandbox.run({"-scene", scene.write(sandbox), "-materials", sandbox.path("materials"),
                                      "-texmaps", sandbox.path("texmaps")});
         EXPECT_EQ(run.exitStatus, 255) << run.output;
-        EXPECT_TRUE(contains(run.output, c.message + "Rendering not started because of errors or warnings.\n"))
+        EXPECT_TRUE(
+            contains(run.output, c.message + "Rendering not started because of errors or warnings.\n"))
             << run.output;
     }
 }

@@ -27,8 +27,7 @@ uint64_t payloadOf(const void* block) {
 // The compiler may leave out an allocation and its delete when the pointer goes nowhere, and
 // clang does so for a block whose only use is an alignment it already knows. Handing the
 // pointer to an opaque statement keeps the operators' calls in the test.
-template <class T>
-T* kept(T* block) {
+template <class T> T* kept(T* block) {
     asm volatile("" : : "r"(block) : "memory");
     return block;
 }
