@@ -166,33 +166,28 @@ int32_t TouchingEngine::addTriangleMeshes(bridgeTriangleMesh* head, ITaviRenderC
     return 0;
 }
 
-int32_t TouchingEngine::addFur(bridgeFurMesh* head, ITaviRenderCallback*) {
-    auto touchBytes = [this](const void* bytes, uint64_t length) { touch(bytes, length); };
-    for (auto* part = static_cast<FurMesh*>(head); part; part = part->next) {
+// Fur and sprites are alike: parts with keys, and time slices of elements by the part's count.
+template <class Element, class Part, class Touch> void touchCloud(Part* head, Touch touch) {
+    for (Part* part = head; part; part = part->next) {
         touch(part, sizeof *part);
-        touchTrack(part->keys, part->keyCount, touchBytes);
+        touchTrack(part->keys, part->keyCount, touch);
         FUZZ_CHECK(part->elementCount >= 0);
-        for (const TRDF_Load::TimeSliceF* slice = part->timeSlices; slice; slice = slice->next) {
+        for (const auto* slice = part->timeSlices; slice; slice = slice->next) {
             touch(slice, sizeof *slice);
-            if (slice->elements)
-                touch(slice->elements, uint64_t(part->elementCount) * sizeof(TRDF_Load::FurElement));
+            if (slice->elements) touch(slice->elements, uint64_t(part->elementCount) * sizeof(Element));
         }
     }
+}
+
+int32_t TouchingEngine::addFur(bridgeFurMesh* head, ITaviRenderCallback*) {
+    touchCloud<TRDF_Load::FurElement>(static_cast<FurMesh*>(head),
+                                      [this](const void* bytes, uint64_t length) { touch(bytes, length); });
     return 0;
 }
 
 int32_t TouchingEngine::addSprites(bridgeSprMesh* head, ITaviRenderCallback*) {
-    auto touchBytes = [this](const void* bytes, uint64_t length) { touch(bytes, length); };
-    for (auto* part = static_cast<SprMesh*>(head); part; part = part->next) {
-        touch(part, sizeof *part);
-        touchTrack(part->keys, part->keyCount, touchBytes);
-        FUZZ_CHECK(part->elementCount >= 0);
-        for (const TRDF_Load::TimeSliceS* slice = part->timeSlices; slice; slice = slice->next) {
-            touch(slice, sizeof *slice);
-            if (slice->elements)
-                touch(slice->elements, uint64_t(part->elementCount) * sizeof(TRDF_Load::SpriteElement));
-        }
-    }
+    touchCloud<TRDF_Load::SpriteElement>(static_cast<SprMesh*>(head),
+                                         [this](const void* bytes, uint64_t length) { touch(bytes, length); });
     return 0;
 }
 
