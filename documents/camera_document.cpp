@@ -207,3 +207,13 @@ bool ReadCameraDocument(CameraRecord* camera, const char16_t* path, ITaviNameInt
 bool ApplyCameraDocument(TempCamera* camera, const char16_t* path, ITaviNameInterface* names) {
     return camera && ReadCameraDocument(&camera->camera, path, names);
 }
+
+TypeDescriptor CameraCommonTable() {
+    return describeType(0, nullptr, kCameraBaseBytes, kCommonFields);
+}
+
+TypeDescriptor CameraProjectionTable(int32_t type) {
+    for (const CameraKind* kind : {&kPerspective, &kFishEye, &kOrtho, &kCylinder, &kSpherical})
+        if (kind->type == type) return {type, kind->section, kind->imageLength, kind->fields, kind->fieldCount};
+    return {type, nullptr, 0, nullptr, 0};
+}

@@ -10,6 +10,7 @@
 // not the document: a document may change the type, but its section is still read by the old
 // layout. The client only reads these documents; it never writes one.
 #pragma once
+#include "documents/field_table.h"
 #include "scene/records.h"
 
 #include <pugixml.hpp>
@@ -48,3 +49,9 @@ bool ReadCameraSpherical(CameraRecord* camera, const char16_t* path, ITaviNameIn
 bool ReadCameraDocument(CameraRecord* camera, const char16_t* path, ITaviNameInterface* names);
 // The same on the camera record of a scene camera.
 bool ApplyCameraDocument(TempCamera* camera, const char16_t* path, ITaviNameInterface* names);
+
+// The same tables for readers of the record other than documents, such as an engine: the shared
+// fields (keys without their "Common/" prefix), and the projection fields of a type, whose
+// word is the projection's section; a type without a projection has no fields.
+TypeDescriptor CameraCommonTable();
+TypeDescriptor CameraProjectionTable(int32_t type);

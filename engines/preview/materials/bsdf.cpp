@@ -1,0 +1,1 @@
+#include "engines/preview/materials/bsdf.h"

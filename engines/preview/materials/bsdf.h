@@ -1,0 +1,68 @@
+// The scattering function at one surface point: a few weighted lobes, built per hit from a
+// compiled material and evaluated in the shading frame.
+#pragma once
+#include "engines/preview/vec3.h"
+
+#include <cstdint>
+
+namespace preview {
+
+enum class LobeKind : uint8_t {
+    Lambert,          // albedo / pi
+    LambertTransmit,  // diffuse translucency through the surface
+    Mirror,           // ideal reflection with a Fresnel colour (conductor or dielectric)
+    Dielectric,       // ideal reflection and refraction by eta
+    GgxConductor,     // microfacet reflection, GGX with visible-normal sampling
+    GgxDielectric,    // microfacet reflection and refraction, GGX with visible-normal sampling
+    Transparent,      // passes the ray straight on (cut-out, null material)
+};
+
+struct Lobe {
+    LobeKind kind = LobeKind::Lambert;
+    Color weight{1};      // multiplies the lobe's value
+    Color f0{0.04f};      // reflectance at normal incidence (conductors: the colour)
+    Color edgeTint{1};    // conductors: reflectance at grazing incidence
+    float eta = 1.5f;     // dielectrics: inside over outside index
+    float alphaX = 0, alphaY = 0; // GGX roughness (alpha = roughness^2)
+    bool thinWalled = false;
+};
+
+struct BsdfSample {
+    Vec3 wi;       // world space, unit
+    Color weight;  // value * |cos| / pdf
+    float pdf = 0; // solid angle; for a delta lobe, the probability of choosing it
+    bool delta = false;
+    bool transmitted = false;
+};
+
+class Bsdf {
+  public:
+    static constexpr int kMaxLobes = 8;
+
+    Bsdf() = default;
+    // `shadingNormal` faces the side the ray came from is not assumed; lobes handle both sides.
+    Bsdf(const Vec3& shadingNormal, const Vec3& geometricNormal);
+
+    bool add(const Lobe& lobe); // false when full; the lobe is then dropped
+    int lobeCount() const { return count_; }
+    const Lobe& lobe(int i) const { return lobes_[i]; }
+    void scaleAll(const Color& factor);
+
+    // Value times |cos(wi, n)| for non-delta lobes, and the pdf of sampling wi.
+    Color evaluate(const Vec3& wo, const Vec3& wi, float* pdf) const;
+    // Samples a direction with three uniform numbers; false when no direction results.
+    bool sample(const Vec3& wo, float u0, float u1, float u2, BsdfSample* out) const;
+    // True when every lobe is a delta lobe (no light sampling helps).
+    bool isDelta() const;
+    // A colour for the albedo output: the diffuse and specular weights of the lobes.
+    Color albedo() const;
+    const Vec3& normal() const { return frame_.n; }
+
+  private:
+    Frame frame_ = Frame::around(Vec3(0, 0, 1));
+    Vec3 geometricNormal_{0, 0, 1};
+    Lobe lobes_[kMaxLobes];
+    int count_ = 0;
+};
+
+} // namespace preview

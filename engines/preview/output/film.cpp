@@ -1,0 +1,1 @@
+#include "engines/preview/output/film.h"

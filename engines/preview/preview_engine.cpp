@@ -1,0 +1,2 @@
+// The preview engine's boundary object (in progress).
+#include "bridge/tracer.h"

@@ -1,0 +1,1 @@
+#include "engines/preview/texmaps/texmap_set.h"
