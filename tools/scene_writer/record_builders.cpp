@@ -90,6 +90,14 @@ Bytes settingsBody(const SettingsPlan& plan) {
     put32(image, 0x84B0, static_cast<uint32_t>(plan.imageSizeX));
     put32(image, 0x84B4, static_cast<uint32_t>(plan.imageSizeY));
     put32(image, 0x8B48, plan.saveJpeg ? 1 : 0);
+    put32(image, 0x8B4C, plan.saveTiff ? 1 : 0);
+    put32(image, 0x8B50, plan.saveExr ? 1 : 0);
+    const int32_t region[4] = {plan.regionX, plan.regionY, plan.regionSizeX, plan.regionSizeY};
+    for (size_t i = 0; i < 4; ++i)
+        put32(image, 0x84B8 + 4 * i, static_cast<uint32_t>(region[i]));
+    put32(image, 0x8B64, static_cast<uint32_t>(plan.maxThreads));
+    put32(image, 0x296C, static_cast<uint32_t>(plan.frameNumber));
+    put32(image, 0x2970, static_cast<uint32_t>(plan.framesPerSecond));
     put32(image, 0x70D0, plan.toneOperator);
     put32(image, 0x9844, static_cast<uint32_t>(plan.startingVolumetricMaterial));
     putText(image, 0x84C8, kPathField, plan.outputPath);

@@ -86,6 +86,11 @@ struct SettingsPlan {
     std::vector<std::string> aovNames; // channels in use, NumChannels = their count
     int32_t startingVolumetricMaterial = 0;
     uint32_t toneOperator = 0; // 0 EDITOR, 2 ACES
+    bool saveTiff = false, saveExr = false;
+    // The render region; a size of 0 is the whole image.
+    int32_t regionX = 0, regionY = 0, regionSizeX = 0, regionSizeY = 0;
+    int32_t maxThreads = 0; // 0: every processor
+    int32_t frameNumber = 0, framesPerSecond = 0;
 };
 // A zero image with the plan's fields set.
 Bytes settingsBody(const SettingsPlan& plan);
