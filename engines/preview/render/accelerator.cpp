@@ -1,0 +1,135 @@
+#include "engines/preview/render/accelerator.h"
+
+#include <cstring>
+#include <limits>
+
+namespace preview {
+
+namespace {
+
+void reportDeviceError(void* user, RTCError, const char* text) {
+    static_cast<WarningLog*>(user)->note(std::string("ray tracing kernel: ") + (text ? text : "error"));
+}
+
+template <class T> T* newBuffer(RTCGeometry geometry, RTCBufferType type, RTCFormat format, size_t count) {
+    return static_cast<T*>(rtcSetNewGeometryBuffer(geometry, type, 0, format, sizeof(T), count));
+}
+
+struct Float4 {
+    float x, y, z, w;
+};
+struct Float3 {
+    float x, y, z;
+};
+
+} // namespace
+
+Accelerator::Accelerator(WarningLog& warnings) : warnings_(warnings) {
+    device_ = rtcNewDevice(nullptr);
+    if (device_) rtcSetDeviceErrorFunction(device_, reportDeviceError, &warnings_);
+}
+
+Accelerator::~Accelerator() {
+    if (scene_) rtcReleaseScene(scene_);
+    if (device_) rtcReleaseDevice(device_);
+}
+
+bool Accelerator::build(const SceneGeometry& geometry) {
+    if (!device_) return false;
+    if (scene_) rtcReleaseScene(scene_);
+    entries_.clear();
+    scene_ = rtcNewScene(device_);
+    rtcSetSceneBuildQuality(scene_, RTC_BUILD_QUALITY_HIGH);
+    auto attach = [&](RTCGeometry object, PrimitiveKind kind, size_t set) {
+        rtcCommitGeometry(object);
+        const unsigned id = rtcAttachGeometry(scene_, object);
+        rtcReleaseGeometry(object);
+        if (entries_.size() <= id) entries_.resize(id + 1);
+        entries_[id] = {kind, static_cast<uint32_t>(set)};
+    };
+    for (size_t m = 0; m < geometry.meshes().size(); ++m) {
+        const TriangleMeshData& mesh = geometry.meshes()[m];
+        if (mesh.triangleCount() == 0) continue;
+        RTCGeometry object = rtcNewGeometry(device_, RTC_GEOMETRY_TYPE_TRIANGLE);
+        auto* vertices = newBuffer<Float3>(object, RTC_BUFFER_TYPE_VERTEX, RTC_FORMAT_FLOAT3, mesh.positions.size());
+        auto* indices = newBuffer<uint32_t[3]>(object, RTC_BUFFER_TYPE_INDEX, RTC_FORMAT_UINT3, mesh.triangleCount());
+        if (!vertices || !indices) {
+            rtcReleaseGeometry(object);
+            return false;
+        }
+        for (size_t v = 0; v < mesh.positions.size(); ++v)
+            vertices[v] = {mesh.positions[v].x, mesh.positions[v].y, mesh.positions[v].z};
+        std::memcpy(indices, mesh.indices.data(), mesh.indices.size() * sizeof(uint32_t));
+        attach(object, PrimitiveKind::Triangle, m);
+    }
+    for (size_t c = 0; c < geometry.curves().size(); ++c) {
+        const CurveSetData& curves = geometry.curves()[c];
+        const size_t count = curves.materials.size();
+        RTCGeometry object = rtcNewGeometry(device_, RTC_GEOMETRY_TYPE_ROUND_BEZIER_CURVE);
+        auto* points = newBuffer<Float4>(object, RTC_BUFFER_TYPE_VERTEX, RTC_FORMAT_FLOAT4, 4 * count);
+        auto* starts = newBuffer<uint32_t>(object, RTC_BUFFER_TYPE_INDEX, RTC_FORMAT_UINT, count);
+        if (!points || !starts) {
+            rtcReleaseGeometry(object);
+            return false;
+        }
+        std::memcpy(points, curves.controlPoints.data(), curves.controlPoints.size() * sizeof(float));
+        for (size_t i = 0; i < count; ++i) starts[i] = static_cast<uint32_t>(4 * i);
+        attach(object, PrimitiveKind::Curve, c);
+    }
+    for (size_t d = 0; d < geometry.discs().size(); ++d) {
+        const DiscSetData& discs = geometry.discs()[d];
+        const size_t count = discs.materials.size();
+        RTCGeometry object = rtcNewGeometry(device_, RTC_GEOMETRY_TYPE_ORIENTED_DISC_POINT);
+        auto* centers = newBuffer<Float4>(object, RTC_BUFFER_TYPE_VERTEX, RTC_FORMAT_FLOAT4, count);
+        auto* normals = newBuffer<Float3>(object, RTC_BUFFER_TYPE_NORMAL, RTC_FORMAT_FLOAT3, count);
+        if (!centers || !normals) {
+            rtcReleaseGeometry(object);
+            return false;
+        }
+        std::memcpy(centers, discs.centers.data(), discs.centers.size() * sizeof(float));
+        for (size_t i = 0; i < count; ++i) normals[i] = {discs.normals[i].x, discs.normals[i].y, discs.normals[i].z};
+        attach(object, PrimitiveKind::Disc, d);
+    }
+    rtcCommitScene(scene_);
+    return rtcGetDeviceError(device_) == RTC_ERROR_NONE;
+}
+
+bool Accelerator::intersect(const Vec3& origin, const Vec3& direction, float farthest, Hit* hit) const {
+    if (!scene_) return false;
+    RTCIntersectContext context;
+    rtcInitIntersectContext(&context);
+    RTCRayHit query{};
+    query.ray.org_x = origin.x, query.ray.org_y = origin.y, query.ray.org_z = origin.z;
+    query.ray.dir_x = direction.x, query.ray.dir_y = direction.y, query.ray.dir_z = direction.z;
+    query.ray.tnear = 0;
+    query.ray.tfar = farthest;
+    query.ray.mask = 0xFFFFFFFFu;
+    query.hit.geomID = RTC_INVALID_GEOMETRY_ID;
+    rtcIntersect1(scene_, &context, &query);
+    if (query.hit.geomID == RTC_INVALID_GEOMETRY_ID) return false;
+    const Entry& entry = entries_[query.hit.geomID];
+    hit->distance = query.ray.tfar;
+    hit->kind = entry.kind;
+    hit->set = entry.set;
+    hit->prim = query.hit.primID;
+    hit->u = query.hit.u;
+    hit->v = query.hit.v;
+    hit->geometricNormal = normalize(Vec3(query.hit.Ng_x, query.hit.Ng_y, query.hit.Ng_z));
+    return true;
+}
+
+bool Accelerator::occluded(const Vec3& origin, const Vec3& direction, float farthest) const {
+    if (!scene_) return false;
+    RTCIntersectContext context;
+    rtcInitIntersectContext(&context);
+    RTCRay query{};
+    query.org_x = origin.x, query.org_y = origin.y, query.org_z = origin.z;
+    query.dir_x = direction.x, query.dir_y = direction.y, query.dir_z = direction.z;
+    query.tnear = 0;
+    query.tfar = farthest;
+    query.mask = 0xFFFFFFFFu;
+    rtcOccluded1(scene_, &context, &query);
+    return query.tfar < 0;
+}
+
+} // namespace preview

@@ -1,0 +1,181 @@
+#include "engines/preview/render/path_tracer.h"
+
+#include "engines/preview/render/surface.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace preview {
+
+namespace {
+
+constexpr int kMaxPassThroughs = 64;
+
+// What a ray met: where, and what the material there is.
+struct Surface {
+    ShadingContext at;
+    int32_t material = -1;
+    bool lightShape = false; // the shape of an area light: it emits and reflects nothing
+};
+
+Surface surfaceAt(const SceneView& scene, const Hit& hit, const Ray& ray) {
+    Surface surface;
+    const Vec3 wo = -ray.direction;
+    switch (hit.kind) {
+    case PrimitiveKind::Triangle: {
+        const TriangleMeshData& mesh = scene.geometry.meshes()[hit.set];
+        surface.at = triangleContext(mesh, hit.prim, hit.u, hit.v, wo);
+        surface.material = mesh.materials[hit.prim];
+        surface.lightShape = scene.lights.isLightMesh(hit.set);
+        break;
+    }
+    case PrimitiveKind::Curve:
+    case PrimitiveKind::Disc: {
+        ShadingContext& at = surface.at;
+        at.position = ray.origin + ray.direction * hit.distance;
+        at.geometricNormal = hit.geometricNormal;
+        at.shadingNormal = hit.geometricNormal;
+        for (auto& channel : at.uv) {
+            channel[0] = hit.u;
+            channel[1] = hit.v;
+        }
+        at.wo = wo;
+        at.frontFacing = dot(at.geometricNormal, wo) > 0;
+        if (hit.kind == PrimitiveKind::Curve) {
+            surface.material = scene.geometry.curves()[hit.set].materials[hit.prim];
+        } else {
+            surface.material = scene.geometry.discs()[hit.set].materials[hit.prim];
+            surface.lightShape = scene.lights.isLightDiscs(hit.set);
+        }
+        break;
+    }
+    }
+    surface.at.objectId = static_cast<int32_t>(hit.set);
+    return surface;
+}
+
+// A point just off the surface on the side `direction` leaves to, so that the new ray does not
+// meet the surface it starts from.
+Vec3 offsetFrom(const ShadingContext& at, const Vec3& direction) {
+    const Vec3& p = at.position;
+    const float scale = 1e-4f * (1 + std::max({std::abs(p.x), std::abs(p.y), std::abs(p.z)}));
+    const Vec3 side = dot(at.geometricNormal, direction) > 0 ? at.geometricNormal : -at.geometricNormal;
+    return p + side * scale;
+}
+
+float powerHeuristic(float chosen, float other) {
+    const float a = chosen * chosen, b = other * other;
+    return a + b > 0 && std::isfinite(a + b) ? a / (a + b) : (std::isinf(chosen) ? 1.0f : 0.0f);
+}
+
+// How much of the light reaches `from` along `toward` over `distance`: 0 when something opaque
+// is in the way, less than 1 through cut-out and null surfaces.
+float transmittance(const SceneView& scene, const ShadingContext& from, const Vec3& toward, float distance) {
+    Vec3 origin = offsetFrom(from, toward);
+    float left = std::isinf(distance) ? INFINITY : distance * (1 - 1e-3f);
+    if (!scene.anyPassable) return scene.accelerator.occluded(origin, toward, left) ? 0.0f : 1.0f;
+    float carried = 1;
+    for (int crossing = 0; crossing < kMaxPassThroughs; ++crossing) {
+        Hit hit;
+        if (!scene.accelerator.intersect(origin, toward, left, &hit)) return carried;
+        const Ray ray{origin, toward};
+        const Surface surface = surfaceAt(scene, hit, ray);
+        if (surface.lightShape || !scene.materials.mayPassRays(surface.material)) return 0;
+        carried *= scene.materials.passThrough(surface.material, surface.at, scene.maps);
+        if (!(carried > 0)) return 0;
+        origin = offsetFrom(surface.at, toward);
+        if (!std::isinf(left)) left -= hit.distance;
+    }
+    return 0;
+}
+
+} // namespace
+
+PathSample tracePath(const SceneView& scene, Ray ray, Sampler& sampler) {
+    PathSample result;
+    Color carried(1);
+    float previousPdf = 0;
+    bool previousDelta = true; // the camera ray counts as one: what it meets is seen directly
+    Vec3 previousPoint = ray.origin;
+    const Vec3 eye = ray.origin;
+    int passThroughs = 0;
+    for (int bounce = 0;;) {
+        Hit hit;
+        if (!scene.accelerator.intersect(ray.origin, ray.direction, INFINITY, &hit)) {
+            float pdf = 0;
+            const Color seen = scene.lights.environment(ray.direction, &pdf);
+            const float weight = previousDelta ? 1.0f : powerHeuristic(previousPdf, pdf);
+            result.radiance += carried * seen * weight;
+            break;
+        }
+        Surface surface = surfaceAt(scene, hit, ray);
+        ShadingContext& at = surface.at;
+
+        // Cut-out and null surfaces let a share of the rays through, untouched.
+        if (!surface.lightShape && scene.materials.mayPassRays(surface.material) &&
+            passThroughs < kMaxPassThroughs &&
+            sampler.next() < scene.materials.passThrough(surface.material, at, scene.maps)) {
+            ++passThroughs;
+            ray.origin = offsetFrom(at, ray.direction);
+            continue;
+        }
+
+        if (bounce == 0) {
+            result.depth = length(at.position - eye);
+            result.normal = dot(at.shadingNormal, at.wo) >= 0 ? at.shadingNormal : -at.shadingNormal;
+        }
+
+        if (surface.lightShape || (hit.kind == PrimitiveKind::Triangle && scene.materials.isEmissive(surface.material))) {
+            float pdf = 0;
+            const Color emitted = hit.kind == PrimitiveKind::Disc
+                                      ? scene.lights.emittedByDisc(hit.set, hit.prim, at, previousPoint, &pdf)
+                                      : scene.lights.emittedByMesh(hit.set, hit.prim, at, previousPoint, &pdf);
+            const float weight = previousDelta ? 1.0f : powerHeuristic(previousPdf, pdf);
+            result.radiance += carried * emitted * weight;
+        } else if (scene.materials.isEmissive(surface.material)) {
+            // Emitting curves and discs are not light sources of their own: seen, never sampled.
+            result.radiance += carried * scene.materials.emission(surface.material, at, scene.maps);
+        }
+        if (surface.lightShape || bounce >= scene.maxDepth) break;
+
+        const Bsdf bsdf = scene.materials.bsdfAt(surface.material, at, scene.maps, sampler.next());
+        if (bounce == 0) result.albedo = bsdf.albedo();
+
+        // Next-event estimation: one light sample, weighted against the BSDF's own choice.
+        const float uChoice = sampler.next(), u0 = sampler.next(), u1 = sampler.next();
+        if (!bsdf.isDelta()) {
+            LightSample light;
+            if (scene.lights.sample(at.position, uChoice, u0, u1, &light)) {
+                float bsdfPdf = 0;
+                const Color value = bsdf.evaluate(at.wo, light.wi, &bsdfPdf);
+                if (!isBlack(value)) {
+                    const float visible = transmittance(scene, at, light.wi, light.distance);
+                    if (visible > 0) {
+                        const float weight = light.delta ? 1.0f : powerHeuristic(light.pdf, bsdfPdf);
+                        result.radiance += carried * value * light.radiance * (visible * weight / light.pdf);
+                    }
+                }
+            }
+        }
+
+        BsdfSample next;
+        const float s0 = sampler.next(), s1 = sampler.next(), s2 = sampler.next();
+        if (!bsdf.sample(at.wo, s0, s1, s2, &next) || isBlack(next.weight) || !isFinite(next.weight)) break;
+        carried *= next.weight;
+        previousPdf = next.pdf;
+        previousDelta = next.delta;
+        previousPoint = at.position;
+        ray.origin = offsetFrom(at, next.wi);
+        ray.direction = next.wi;
+        ++bounce;
+
+        if (bounce >= scene.rouletteStartDepth) {
+            const float survive = std::min(0.95f, maxComponent(carried));
+            if (sampler.next() >= survive) break;
+            carried /= survive;
+        }
+    }
+    return result;
+}
+
+} // namespace preview

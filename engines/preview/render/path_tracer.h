@@ -1,0 +1,33 @@
+// The light arriving along one camera ray: unidirectional path tracing with next-event
+// estimation, multiple importance sampling by the power heuristic, and Russian roulette.
+#pragma once
+#include "engines/preview/materials/material_set.h"
+#include "engines/preview/render/accelerator.h"
+#include "engines/preview/render/camera.h"
+#include "engines/preview/render/lights.h"
+#include "engines/preview/render/sampler.h"
+#include "engines/preview/texmaps/texmap_set.h"
+
+namespace preview {
+
+struct SceneView {
+    const Accelerator& accelerator;
+    const SceneGeometry& geometry;
+    const MaterialSet& materials;
+    const TexMapSet& maps;
+    const LightSet& lights;
+    int32_t maxDepth = 10;          // surface interactions after the first
+    int32_t rouletteStartDepth = 3; // bounces before Russian roulette may end a path
+    bool anyPassable = false;       // whether shadow rays must look at what they meet
+};
+
+struct PathSample {
+    Color radiance;
+    Color albedo;  // of the first surface met
+    Vec3 normal;   // its shading normal, facing the camera
+    float depth = 0; // the distance to it, 0 for none
+};
+
+PathSample tracePath(const SceneView& scene, Ray ray, Sampler& sampler);
+
+} // namespace preview

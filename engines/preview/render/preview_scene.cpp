@@ -1,0 +1,127 @@
+#include "engines/preview/render/preview_scene.h"
+
+#include "bridge/render_callback.h"
+#include "common/unicode.h"
+#include "engines/preview/output/image_output.h"
+#include "engines/preview/render/accelerator.h"
+#include "engines/preview/render/renderer.h"
+#include "engines/preview/render/tracks.h"
+#include "scene/temp_objects.h"
+
+#include <algorithm>
+#include <chrono>
+
+namespace preview {
+
+namespace {
+
+// A long render saves what it has about this often, so that a stopped run leaves an image.
+constexpr std::chrono::seconds kPartialSaveInterval{60};
+
+void progress(ITaviRenderCallback* callback, int32_t stage, float fraction, int32_t passes) {
+    if (!callback) return;
+    const ProgressInfo info{fraction, stage, 0, passes};
+    callback->onProgress(&info);
+}
+
+PixelRect regionOf(const SettingsRecord& settings) {
+    const int32_t width = settings.ImageSizeX, height = settings.ImageSizeY;
+    PixelRect region{settings.RegionX, settings.RegionY, settings.RegionSizeX, settings.RegionSizeY};
+    if (region.width <= 0 || region.height <= 0) region = {0, 0, width, height};
+    const int32_t x0 = std::clamp(region.x, 0, width), y0 = std::clamp(region.y, 0, height);
+    const int32_t x1 = std::clamp(region.x + std::max(region.width, 0), x0, width);
+    const int32_t y1 = std::clamp(region.y + std::max(region.height, 0), y0, height);
+    return {x0, y0, x1 - x0, y1 - y0};
+}
+
+} // namespace
+
+PreviewScene::PreviewScene() : settings_(std::make_unique<SettingsRecord>()), geometry_(0) {}
+
+void PreviewScene::begin(const SettingsRecord& settings) {
+    *settings_ = settings;
+    seconds_ = renderSeconds(settings.FrameNumber, settings.FramesPerSecond);
+    geometry_ = SceneGeometry(seconds_);
+}
+
+void PreviewScene::addCamera(const TempCamera& camera) {
+    if (camera.cameraRole != 0) return;
+    if (camera.trackACount > 1 || camera.trackBCount > 1 || camera.trackCCount > 1) animated_ = true;
+    camera_.emplace(camera, seconds_, std::max(settings_->ImageSizeX, 1), std::max(settings_->ImageSizeY, 1),
+                    warnings_);
+}
+
+void PreviewScene::addLight(const TempLight& light) {
+    if (light.trackCount > 1) animated_ = true;
+    LightParams params;
+    if (readLight(light, seconds_, warnings_, &params)) lights_.add(params);
+}
+
+int32_t PreviewScene::render(ITaviRenderCallback* callback) {
+    const SettingsRecord& settings = *settings_;
+    if (settings.ImageSizeX <= 0 || settings.ImageSizeY <= 0 || settings.ImageSizeX > 65536 ||
+        settings.ImageSizeY > 65536) {
+        if (callback) callback->reportError(u"Preview engine: the image size is out of range.", 0);
+        return 3;
+    }
+    progress(callback, 0, 0, 0);
+    const WarningSink warn = warnings_.sink();
+    materials_.finish(warn);
+    maps_.finish(warn);
+    lights_.addShapes(geometry_);
+    Accelerator accelerator(warnings_);
+    if (!accelerator.build(geometry_)) {
+        if (callback) callback->reportError(u"Preview engine: the scene's geometry could not be built.", 0);
+        return 4;
+    }
+    progress(callback, 0, 0.5f, 0);
+    lights_.prepare(geometry_, materials_, maps_, warnings_);
+    if (lights_.empty()) warnings_.note("the scene has no light; the image is black");
+    if (!camera_) {
+        warnings_.note("the scene has no render camera; a camera at the origin looks down -Z");
+        camera_.emplace();
+    }
+    if (!geometry_.curves().empty()) warnings_.note("fur is rendered without its hair shading");
+    progress(callback, 0, 1, 0);
+
+    bool anyPassable = false;
+    for (const TriangleMeshData& mesh : geometry_.meshes())
+        for (int32_t material : mesh.materials) anyPassable = anyPassable || materials_.mayPassRays(material);
+    const SceneView view{accelerator, geometry_, materials_, maps_, lights_,
+                         std::clamp(settings.MaxDepth, 1, 1024), std::clamp(settings.RussianRouletteStartDepth, 1, 1024),
+                         anyPassable};
+
+    Film film(settings.ImageSizeX, settings.ImageSizeY, regionOf(settings));
+    const OutputPlan plan = planOutput(settings, animated_ || geometry_.animated());
+    PassPlan passes;
+    passes.passes = std::max(settings.MaxIterations, 1);
+    passes.threads = std::max(settings.MaxThreads, 0);
+
+    auto lastSave = std::chrono::steady_clock::now();
+    renderPasses(view, *camera_, film, passes, [&](int32_t done) {
+        progress(callback, 1, static_cast<float>(done) / passes.passes, done);
+        if (done < passes.passes && std::chrono::steady_clock::now() - lastSave >= kPartialSaveInterval) {
+            writeImages(plan, film);
+            lastSave = std::chrono::steady_clock::now();
+        }
+        return !(callback && callback->queryAbort());
+    });
+
+    int32_t level = 0;
+    written_.clear();
+    for (const WrittenImage& image : writeImages(plan, film)) {
+        if (image.ok) {
+            written_.push_back(image.path);
+            if (callback) callback->reportInfo(utf8ToUtf16("Preview engine: wrote " + image.path).c_str());
+        } else {
+            level = 2;
+            if (callback)
+                callback->reportError(
+                    utf8ToUtf16("Preview engine: cannot write " + image.path + ": " + image.error).c_str(), 0);
+        }
+    }
+    if (warnings_.flush(callback)) level = std::max(level, 1);
+    return level;
+}
+
+} // namespace preview
