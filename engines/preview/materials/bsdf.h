@@ -8,23 +8,31 @@
 namespace preview {
 
 enum class LobeKind : uint8_t {
-    Lambert,          // albedo / pi
-    LambertTransmit,  // diffuse translucency through the surface
-    Mirror,           // ideal reflection with a Fresnel colour (conductor or dielectric)
-    Dielectric,       // ideal reflection and refraction by eta
-    GgxConductor,     // microfacet reflection, GGX with visible-normal sampling
-    GgxDielectric,    // microfacet reflection and refraction, GGX with visible-normal sampling
-    Transparent,      // passes the ray straight on (cut-out, null material)
+    Lambert,         // albedo / pi
+    LambertTransmit, // diffuse translucency through the surface
+    Mirror,          // ideal reflection with a Fresnel colour (conductor or dielectric)
+    Dielectric,      // ideal reflection and refraction by eta
+    GgxConductor,    // microfacet reflection, GGX with visible-normal sampling
+    GgxDielectric,   // microfacet reflection and refraction, GGX with visible-normal sampling
+    Transparent,     // passes the ray straight on (cut-out, null material)
+};
+
+// How Mirror and GgxConductor lobes weigh their reflection by angle.
+enum class FresnelModel : uint8_t {
+    Tinted,     // f0 at normal incidence towards edgeTint at grazing (conductors)
+    Dielectric, // the exact dielectric term of eta (coatings, specular layers)
 };
 
 struct Lobe {
     LobeKind kind = LobeKind::Lambert;
-    Color weight{1};      // multiplies the lobe's value
-    Color f0{0.04f};      // reflectance at normal incidence (conductors: the colour)
-    Color edgeTint{1};    // conductors: reflectance at grazing incidence
-    float eta = 1.5f;     // dielectrics: inside over outside index
+    FresnelModel fresnel = FresnelModel::Tinted;
+    Color weight{1};              // multiplies the lobe's value; dielectrics: the reflected part
+    Color transmission{1};        // dielectrics: multiplies the refracted part
+    Color f0{0.04f};              // reflectance at normal incidence (conductors: the colour)
+    Color edgeTint{1};            // conductors: reflectance at grazing incidence
+    float eta = 1.5f;             // dielectrics: inside (behind the normal) over outside index
     float alphaX = 0, alphaY = 0; // GGX roughness (alpha = roughness^2)
-    bool thinWalled = false;
+    bool thinWalled = false;      // dielectrics: a sheet; light passes without bending
 };
 
 struct BsdfSample {
@@ -40,10 +48,13 @@ class Bsdf {
     static constexpr int kMaxLobes = 8;
 
     Bsdf() = default;
-    // `shadingNormal` faces the side the ray came from is not assumed; lobes handle both sides.
+    // The shading normal lies on the geometric normal's side; which side the ray came from is
+    // not assumed: every lobe scatters on both sides, and a dielectric's wo side decides whether
+    // the ray enters (wo on the normal's side) or leaves.
     Bsdf(const Vec3& shadingNormal, const Vec3& geometricNormal);
 
-    bool add(const Lobe& lobe); // false when full; the lobe is then dropped
+    // False when full or when the lobe's weights are not finite; the lobe is then dropped.
+    bool add(const Lobe& lobe);
     int lobeCount() const { return count_; }
     const Lobe& lobe(int i) const { return lobes_[i]; }
     void scaleAll(const Color& factor);

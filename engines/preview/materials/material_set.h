@@ -10,9 +10,13 @@
 
 namespace preview {
 
+// The colour of a black body at a temperature in kelvin relative to one at 6500 K.
+using TemperatureColor = Color (*)(float kelvin);
+
 class MaterialSet {
   public:
-    MaterialSet();
+    // `temperature` colours emission by its kelvin keys; null leaves emission colours as they are.
+    explicit MaterialSet(TemperatureColor temperature = nullptr);
     ~MaterialSet();
     MaterialSet(const MaterialSet&) = delete;
     MaterialSet& operator=(const MaterialSet&) = delete;
@@ -32,10 +36,14 @@ class MaterialSet {
     Color emission(int32_t id, const ShadingContext& at, const TexMapLookup& maps) const;
     // Whether any hit of this material can emit; area lights are built from such triangles.
     bool isEmissive(int32_t id) const;
+    // False for an emitter whose Visible key is off: camera rays pass it by, while it still
+    // lights the scene.
+    bool isCameraVisible(int32_t id) const;
     // Whether the material can let rays pass (cut-out, null): shadow rays then look at it.
     bool mayPassRays(int32_t id) const;
     // Probability that a ray passes straight through at this hit (1 for NULL, 1 - opacity for
-    // CUTOUT); shadow rays multiply by 1 - this.
+    // CUTOUT); shadow rays multiply their throughput by this. bsdfAt already holds the same
+    // share as a Transparent lobe, so paths need not ask.
     float passThrough(int32_t id, const ShadingContext& at, const TexMapLookup& maps) const;
 
   private:

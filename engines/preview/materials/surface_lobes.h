@@ -1,0 +1,24 @@
+// The lobes of a compiled surface at one hit, with its texture maps looked up there.
+#pragma once
+#include "engines/preview/materials/bsdf.h"
+#include "engines/preview/materials/compiled_material.h"
+#include "engines/preview/shading.h"
+
+namespace preview {
+
+Color evaluate(const TexturedColor& color, const ShadingContext& at, const TexMapLookup& maps);
+float evaluate(const TexturedScalar& scalar, const ShadingContext& at, const TexMapLookup& maps);
+
+// A clear coat at a hit: its lobe, and the share of light it leaves to the layers beneath for
+// the ray's direction.
+struct CoatAtHit {
+    bool present = false;
+    Lobe lobe;
+    Color beneath{1};
+};
+CoatAtHit coatAt(const SurfaceLayers& layers, const ShadingContext& at, const TexMapLookup& maps);
+
+// Adds the coat and the layers beneath it.
+void addSurfaceLobes(const SurfaceLayers& layers, const ShadingContext& at, const TexMapLookup& maps, Bsdf* bsdf);
+
+} // namespace preview
