@@ -44,14 +44,14 @@ TEST(ExampleScene, EveryRecordReads) {
     initSettings(*settings);
     uint64_t offset = 0;
     ASSERT_EQ(readSettings(reader, *settings, offset), SceneOk);
-    EXPECT_EQ(settings->ImageSizeX, 320);
+    EXPECT_EQ(settings->ImageSizeX, 480);
     EXPECT_EQ(settings->NumChannels, 2);
     EXPECT_EQ(std::u16string(settings->Channels[1].name), u"normals");
 
-    EXPECT_EQ(countRecords<TextureFileRecord>(reader, readTextureFile, [](auto&) {}), 1);
+    EXPECT_EQ(countRecords<TextureFileRecord>(reader, readTextureFile, [](auto&) {}), 0);
     EXPECT_EQ(countRecords<TextureDataRecord>(reader, readTextureData, [](auto&) {}), 1);
-    EXPECT_EQ(countRecords<TexMapRecord>(reader, readTexMap, [](auto&) {}), 2);
-    EXPECT_EQ(countRecords<MaterialRecord>(reader, readMaterial, [](auto&) {}), 2);
+    EXPECT_EQ(countRecords<TexMapRecord>(reader, readTexMap, [](auto&) {}), 1);
+    EXPECT_EQ(countRecords<MaterialRecord>(reader, readMaterial, [](auto&) {}), 5);
     EXPECT_EQ(countRecords<TempCamera>(reader, readCamera,
                                        [](const TempCamera& camera) {
                                            EXPECT_EQ(camera.cameraRole, 0);
@@ -63,13 +63,13 @@ TEST(ExampleScene, EveryRecordReads) {
               1);
     EXPECT_EQ(countRecords<TempLight>(reader, readLight,
                                       [](const TempLight& light) {
-                                          EXPECT_EQ(std::u16string(light.lightName), u"sun");
+                                          EXPECT_EQ(std::u16string(light.lightName), light.light.type == 9 ? u"sun" : u"sky");
                                           EXPECT_EQ(light.light.texMap, -1);
                                           if (light.light.type == 4) {
                                               EXPECT_EQ(secondTexMapOf(light.light), -1);
                                           }
                                       }),
-              1);
+              2);
 }
 
 } // namespace
