@@ -141,6 +141,8 @@ Color TextureStore::lookup(int32_t textureId, const TextureQuery& query, Color f
     OIIO::TextureOpt options;
     options.swrap = oiioWrap(query.swrap);
     options.twrap = oiioWrap(query.twrap);
+    // Bilinear within a level: the smart bicubic default blurs the texels of a magnified image.
+    options.interpmode = OIIO::TextureOpt::InterpBilinear;
     float rgb[3] = {0, 0, 0};
     OIIO::TextureSystem::Perthread* thread = impl_->system->get_perthread_info();
     if (!impl_->system->texture(texture.handle, thread, options, query.s, query.t, query.dsdx, query.dtdx,
