@@ -85,8 +85,14 @@ void compileConductor(FieldReader& r, bool rough, CompiledMaterial* m) {
     m->shape = MaterialShape::Surface;
     SurfaceLayers& s = m->surface;
     s.metalness = {1};
-    s.conductor = weighted(r, "ReflectionColor", "ReflectionMap", "Reflection/ReflectionWeight",
-                           rough ? "Reflection/ReflectionWeightMap" : "ReflectionWeightMap");
+    // The rough form keeps its reflection keys inside their section, the ideal form beside it.
+    if (rough) {
+        s.conductor = weighted(r, "Reflection/ReflectionColor", "Reflection/ReflectionMap",
+                               "Reflection/ReflectionWeight", "Reflection/ReflectionWeightMap");
+    } else {
+        s.conductor = weighted(r, "ReflectionColor", "ReflectionMap", "Reflection/ReflectionWeight",
+                               "ReflectionWeightMap");
+    }
     // The edge colour bends Schlick's white edge towards itself by its weight.
     const float edgeWeight = std::clamp(r.real("ReflectionEdge/EdgeWeight", 0), 0.0f, 1.0f);
     const TexturedColor edge = r.texturedColor("ReflectionEdge/EdgeColor", "ReflectionEdge/EdgeMap");
