@@ -18,7 +18,9 @@ void clipAxis(int32_t extent, int32_t& start, int32_t& size) {
     size = int32_t(std::max<int64_t>(end - begin, 0));
 }
 
-Vec3 finiteOrZero(const Vec3& v) { return isFinite(v) ? v : Vec3(); }
+Vec3 finiteOrZero(const Vec3& v) {
+    return isFinite(v) ? v : Vec3();
+}
 
 } // namespace
 
@@ -43,12 +45,13 @@ size_t Film::index(int32_t x, int32_t y) const {
     return size_t(y - region_.y) * size_t(region_.width) + size_t(x - region_.x);
 }
 
-float Film::inverseCount(size_t i) const { return samples_[i] > 0 ? 1.0f / float(samples_[i]) : 0.0f; }
+float Film::inverseCount(size_t i) const {
+    return samples_[i] > 0 ? 1.0f / float(samples_[i]) : 0.0f;
+}
 
 void Film::add(int32_t x, int32_t y, const Color& radiance, const Color& albedo, const Vec3& normal,
                float depth) {
-    if (!region_.contains(x, y))
-        return;
+    if (!region_.contains(x, y)) return;
     size_t i = index(x, y);
     radiance_[i] += finiteOrZero(radiance);
     albedo_[i] += finiteOrZero(albedo);
@@ -58,29 +61,25 @@ void Film::add(int32_t x, int32_t y, const Color& radiance, const Color& albedo,
 }
 
 Color Film::radiance(int32_t x, int32_t y) const {
-    if (!region_.contains(x, y))
-        return {};
+    if (!region_.contains(x, y)) return {};
     size_t i = index(x, y);
     return radiance_[i] * inverseCount(i);
 }
 
 Color Film::albedo(int32_t x, int32_t y) const {
-    if (!region_.contains(x, y))
-        return {};
+    if (!region_.contains(x, y)) return {};
     size_t i = index(x, y);
     return albedo_[i] * inverseCount(i);
 }
 
 Vec3 Film::normal(int32_t x, int32_t y) const {
-    if (!region_.contains(x, y))
-        return {};
+    if (!region_.contains(x, y)) return {};
     size_t i = index(x, y);
     return normal_[i] * inverseCount(i);
 }
 
 float Film::depth(int32_t x, int32_t y) const {
-    if (!region_.contains(x, y))
-        return 0.0f;
+    if (!region_.contains(x, y)) return 0.0f;
     size_t i = index(x, y);
     return depth_[i] * inverseCount(i);
 }

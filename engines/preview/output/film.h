@@ -33,7 +33,8 @@ class Film {
     // Adds one sample to pixel (x, y) in image coordinates; samples outside the region are
     // ignored. A layer whose value is not finite takes the sample as zero (black for radiance)
     // so that one bad path never poisons the pixel's mean.
-    void add(int32_t x, int32_t y, const Color& radiance, const Color& albedo, const Vec3& normal, float depth);
+    void add(int32_t x, int32_t y, const Color& radiance, const Color& albedo, const Vec3& normal,
+             float depth);
     // Completed passes, for the caller's bookkeeping; the means below count each pixel's own
     // samples, so they stay right whatever this says.
     void setPasses(int32_t passes) { passes_ = passes; }

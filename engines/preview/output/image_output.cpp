@@ -19,7 +19,7 @@ using OIIO::TypeDesc;
 namespace {
 
 constexpr const char* kJpegCompression = "jpeg:95";
-const std::vector<std::string> kExrChannels = {"R",   "G",   "B",   "albedo.R", "albedo.G",
+const std::vector<std::string> kExrChannels = {"R",        "G",   "B",   "albedo.R", "albedo.G",
                                                "albedo.B", "N.X", "N.Y", "N.Z",      "Z"};
 
 // A record's text may fill its whole array without a terminator.
@@ -46,10 +46,8 @@ struct FileJob {
 // Writes the rows to `temporary`; empty on success, otherwise the error text.
 std::string writeRows(const FileJob& job, const fs::path& temporary) {
     auto out = ImageOutput::create(job.format);
-    if (!out)
-        return OIIO::geterror();
-    if (!out->open(temporary.u8string(), job.spec))
-        return out->geterror();
+    if (!out) return OIIO::geterror();
+    if (!out->open(temporary.u8string(), job.spec)) return out->geterror();
     std::vector<float> row(size_t(job.spec.width) * size_t(job.spec.nchannels));
     for (int32_t y = 0; y < job.spec.height; ++y) {
         job.fillRow(y, row);
@@ -59,8 +57,7 @@ std::string writeRows(const FileJob& job, const fs::path& temporary) {
             return error;
         }
     }
-    if (!out->close())
-        return out->geterror();
+    if (!out->close()) return out->geterror();
     return {};
 }
 
@@ -68,31 +65,26 @@ WrittenImage writeFile(const FileJob& job, const fs::path& folder, const std::st
                        const std::string& folderError) {
     fs::path target = folder / fs::u8path(baseName + job.extension);
     WrittenImage result{target.u8string(), false, folderError};
-    if (!folderError.empty())
-        return result;
+    if (!folderError.empty()) return result;
     fs::path temporary = target;
     temporary += ".tmp";
     result.error = writeRows(job, temporary);
     std::error_code code;
     if (result.error.empty()) {
         fs::rename(temporary, target, code);
-        if (code)
-            result.error = "cannot rename " + temporary.u8string() + ": " + code.message();
+        if (code) result.error = "cannot rename " + temporary.u8string() + ": " + code.message();
     }
     result.ok = result.error.empty();
-    if (!result.ok)
-        fs::remove(temporary, code);
+    if (!result.ok) fs::remove(temporary, code);
     return result;
 }
 
 // Empty on success, otherwise the error text.
 std::string makeFolder(const fs::path& folder) {
-    if (folder.empty())
-        return {};
+    if (folder.empty()) return {};
     std::error_code code;
     fs::create_directories(folder, code);
-    if (code)
-        return "cannot create the folder " + folder.u8string() + ": " + code.message();
+    if (code) return "cannot create the folder " + folder.u8string() + ": " + code.message();
     return {};
 }
 
@@ -110,8 +102,7 @@ template <typename PixelWriter>
 void fillRegionRow(const Film& film, int32_t y, std::vector<float>& row, int channels, PixelWriter pixel) {
     std::fill(row.begin(), row.end(), 0.0f);
     const PixelRect& region = film.region();
-    if (y < region.y || y >= region.y + region.height)
-        return;
+    if (y < region.y || y >= region.y + region.height) return;
     for (int32_t x = region.x; x < region.x + region.width; ++x)
         pixel(x, &row[size_t(x) * size_t(channels)]);
 }
@@ -146,15 +137,12 @@ OutputPlan planOutput(const SettingsRecord& settings, bool animated) {
     OutputPlan plan;
     plan.folder = recordText(settings.OutputPath);
     plan.baseName = recordText(settings.OutputName);
-    if (plan.baseName.empty())
-        plan.baseName = kDefaultOutputName;
-    if (animated)
-        plan.baseName += frameSuffix(settings.FrameNumber);
+    if (plan.baseName.empty()) plan.baseName = kDefaultOutputName;
+    if (animated) plan.baseName += frameSuffix(settings.FrameNumber);
     plan.jpeg = settings.SaveJPEG != 0;
     plan.tiff = settings.SaveTIFF != 0;
     plan.exr = settings.SaveEXR != 0;
-    if (!plan.jpeg && !plan.tiff && !plan.exr)
-        plan.jpeg = true;
+    if (!plan.jpeg && !plan.tiff && !plan.exr) plan.jpeg = true;
     plan.tone = settings.ToneOperator;
     return plan;
 }
@@ -170,10 +158,8 @@ std::vector<WrittenImage> writeImages(const OutputPlan& plan, const Film& film) 
         // Full-resolution colour: renders have sharp coloured edges that 4:2:0 smears.
         jobs.back().spec.attribute("jpeg:subsampling", "4:4:4");
     }
-    if (plan.tiff)
-        jobs.push_back(displayJob(".tif", "tiff", film, tone));
-    if (plan.exr)
-        jobs.push_back(exrJob(film));
+    if (plan.tiff) jobs.push_back(displayJob(".tif", "tiff", film, tone));
+    if (plan.exr) jobs.push_back(exrJob(film));
 
     std::vector<WrittenImage> written;
     for (const FileJob& job : jobs)

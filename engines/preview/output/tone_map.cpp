@@ -10,11 +10,15 @@ namespace {
 
 enum OperatorType : uint32_t { kReinhard = 1, kAces = 2, kFilmic = 3 };
 
-float saturate(float v) { return std::clamp(v, 0.0f, 1.0f); }
+float saturate(float v) {
+    return std::clamp(v, 0.0f, 1.0f);
+}
 
 // Extended Reinhard per channel: invWhite2 = 1 / white², so that `white` maps to exactly 1;
 // 0 gives the plain x / (1 + x).
-float reinhard(float x, float invWhite2) { return x * (1.0f + x * invWhite2) / (1.0f + x); }
+float reinhard(float x, float invWhite2) {
+    return x * (1.0f + x * invWhite2) / (1.0f + x);
+}
 
 // Narkowicz's fit of the ACES reference rendering and output transforms, with his 0.6 input
 // scale so that mid grey lands where the full transform puts it.
@@ -23,7 +27,9 @@ float aces(float x) {
     return saturate(x * (2.51f * x + 0.03f) / (x * (2.43f * x + 0.59f) + 0.14f));
 }
 
-float srgbEncode(float v) { return v <= 0.0031308f ? 12.92f * v : 1.055f * std::pow(v, 1.0f / 2.4f) - 0.055f; }
+float srgbEncode(float v) {
+    return v <= 0.0031308f ? 12.92f * v : 1.055f * std::pow(v, 1.0f / 2.4f) - 0.055f;
+}
 
 // The power segment through (x0, y0) with slope m there: y = exp(lnA) * x^b.
 void solvePower(double x0, double y0, double m, double& lnA, double& b) {
@@ -32,15 +38,13 @@ void solvePower(double x0, double y0, double m, double& lnA, double& b) {
 }
 
 FilmicCurve::Shape shapeOf(const ToneOperatorRecord& tone) {
-    FilmicCurve::Shape shape{tone.Filmic_toeStrength,   tone.Filmic_toeLength,
+    FilmicCurve::Shape shape{tone.Filmic_toeStrength,      tone.Filmic_toeLength,
                              tone.Filmic_shoulderStrength, tone.Filmic_shoulderLength,
-                             tone.Filmic_shoulderAngle, tone.Filmic_gamma};
+                             tone.Filmic_shoulderAngle,    tone.Filmic_gamma};
     bool unset = shape.toeStrength == 0 && shape.toeLength == 0 && shape.shoulderStrength == 0 &&
                  shape.shoulderLength == 0 && shape.shoulderAngle == 0;
-    if (unset)
-        shape = FilmicCurve::kDefaultShape;
-    if (!(shape.gamma > 0))
-        shape.gamma = 1;
+    if (unset) shape = FilmicCurve::kDefaultShape;
+    if (!(shape.gamma > 0)) shape.gamma = 1;
     return shape;
 }
 
@@ -109,10 +113,8 @@ FilmicCurve::FilmicCurve(const Shape& shape) {
 
 float FilmicCurve::operator()(float x) const {
     double n = std::max(x, 0.0f) * invWhite_;
-    if (n < x0_)
-        return float(toe_(n));
-    if (n < x1_)
-        return float(middle_(n));
+    if (n < x0_) return float(toe_(n));
+    if (n < x1_) return float(middle_(n));
     return n < 1 ? float(shoulder_(n)) : 1.0f;
 }
 
@@ -123,15 +125,12 @@ ToneMapper::ToneMapper(const ToneOperatorRecord& tone)
       saturation_(tone.Saturation) {
     if (tone.ApplyExposure && std::isfinite(tone.ExposureValue))
         exposureScale_ = std::exp2(std::clamp(tone.ExposureValue, -64.0f, 64.0f));
-    if (tone.ReinhardFactor > 0)
-        reinhardInvWhite2_ = 1.0f / (tone.ReinhardFactor * tone.ReinhardFactor);
-    if (tone.ApplyGamma && tone.Gamma > 0)
-        invGamma_ = 1.0f / tone.Gamma;
+    if (tone.ReinhardFactor > 0) reinhardInvWhite2_ = 1.0f / (tone.ReinhardFactor * tone.ReinhardFactor);
+    if (tone.ApplyGamma && tone.Gamma > 0) invGamma_ = 1.0f / tone.Gamma;
 }
 
 Color ToneMapper::operator()(Color c) const {
-    if (!isFinite(c))
-        return {};
+    if (!isFinite(c)) return {};
     // Beyond 1e18 every curve is flat at white; the bound keeps the curves' arithmetic finite.
     c = vmin(vmax(c * exposureScale_, Color(0.0f)), Color(1e18f));
     auto perChannel = [&c](auto&& curve) { c = {curve(c.x), curve(c.y), curve(c.z)}; };
@@ -160,6 +159,8 @@ Color ToneMapper::operator()(Color c) const {
     return c;
 }
 
-Color toneMap(const ToneOperatorRecord& tone, Color linear) { return ToneMapper(tone)(linear); }
+Color toneMap(const ToneOperatorRecord& tone, Color linear) {
+    return ToneMapper(tone)(linear);
+}
 
 } // namespace preview

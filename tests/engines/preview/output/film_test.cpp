@@ -47,7 +47,9 @@ TEST(Film, MeansOfTheSamples) {
     };
     const Case cases[] = {
         {"no samples", {}, {Color(0), Color(0), Vec3(0), 0}},
-        {"one sample", {{Color(1, 2, 3), Color(0.5f), Vec3(0, 1, 0), 4}}, {Color(1, 2, 3), Color(0.5f), Vec3(0, 1, 0), 4}},
+        {"one sample",
+         {{Color(1, 2, 3), Color(0.5f), Vec3(0, 1, 0), 4}},
+         {Color(1, 2, 3), Color(0.5f), Vec3(0, 1, 0), 4}},
         {"mean of two",
          {{Color(1, 0, 0), Color(1), Vec3(0, 0, 1), 2}, {Color(3, 2, 0), Color(0), Vec3(1, 0, 0), 0}},
          {Color(2, 1, 0), Color(0.5f), Vec3(0.5f, 0, 0.5f), 1}},

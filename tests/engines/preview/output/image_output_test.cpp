@@ -35,14 +35,18 @@ TEST(PlanOutput, NamesAndFormats) {
     const Case cases[] = {
         {"still", u"beauty", false, 7, 0, 1, 0, "beauty", false, true, false},
         {"animated", u"beauty", true, 7, 0, 0, 1, "beauty.0007", false, false, true},
-        {"animated, frame beyond four digits", u"shot", true, 123456, 1, 0, 0, "shot.123456", true, false, false},
+        {"animated, frame beyond four digits", u"shot", true, 123456, 1, 0, 0, "shot.123456", true, false,
+         false},
         {"animated, frame 0", u"shot", true, 0, 1, 1, 1, "shot.0000", true, true, true},
         {"no format asked for gives JPEG", u"beauty", false, 0, 0, 0, 0, "beauty", true, false, false},
         {"any non-zero flag counts", u"beauty", false, 0, 0, 2, 0, "beauty", false, true, false},
         {"empty name", u"", false, 0, 1, 0, 0, kDefaultOutputName, true, false, false},
-        {"UTF-16 name becomes UTF-8", u"b\u00e9auty\u6f22", false, 0, 1, 0, 0, "b\xc3\xa9" "auty\xe6\xbc\xa2", true,
-         false, false},
-        {"name filling its whole field", fullName, false, 0, 1, 0, 0, std::string(64, 'n'), true, false, false},
+        {"UTF-16 name becomes UTF-8", u"b\u00e9auty\u6f22", false, 0, 1, 0, 0,
+         "b\xc3\xa9"
+         "auty\xe6\xbc\xa2",
+         true, false, false},
+        {"name filling its whole field", fullName, false, 0, 1, 0, 0, std::string(64, 'n'), true, false,
+         false},
     };
     for (const Case& c : cases) {
         auto settings = std::make_unique<SettingsRecord>();
@@ -68,7 +72,8 @@ class WriteImages : public testing::Test {
   protected:
     void SetUp() override {
         const auto* info = testing::UnitTest::GetInstance()->current_test_info();
-        folder_ = fs::temp_directory_path() / ("preview_output_" + std::to_string(::getpid()) + "_" + info->name());
+        folder_ =
+            fs::temp_directory_path() / ("preview_output_" + std::to_string(::getpid()) + "_" + info->name());
         fs::remove_all(folder_);
     }
     void TearDown() override { fs::remove_all(folder_); }
@@ -90,7 +95,9 @@ class WriteImages : public testing::Test {
 constexpr int32_t kWidth = 24, kHeight = 16;
 constexpr PixelRect kRegion{5, 3, 10, 6};
 
-Color radianceAt(int x, int y) { return Color(0.1f * float(x), 0.2f * float(y), 2.5f); }
+Color radianceAt(int x, int y) {
+    return Color(0.1f * float(x), 0.2f * float(y), 2.5f);
+}
 
 Film testFilm() {
     Film film(kWidth, kHeight, kRegion);
@@ -127,7 +134,8 @@ TEST_F(WriteImages, EveryFormatWithItsNameSizeAndChannels) {
         fs::path path;
         int channels;
     };
-    const Expected expected[] = {{base / "frame.0003.jpg", 3}, {base / "frame.0003.tif", 3}, {base / "frame.0003.exr", 10}};
+    const Expected expected[] = {
+        {base / "frame.0003.jpg", 3}, {base / "frame.0003.tif", 3}, {base / "frame.0003.exr", 10}};
     for (size_t i = 0; i < 3; ++i) {
         EXPECT_TRUE(written[i].ok) << written[i].path << ": " << written[i].error;
         EXPECT_EQ(written[i].path, expected[i].path.u8string());
@@ -147,7 +155,7 @@ TEST_F(WriteImages, ExrHoldsTheLinearLayersByName) {
     ASSERT_EQ(written.size(), 1u);
     ASSERT_TRUE(written[0].ok) << written[0].error;
     OIIO::ImageBuf image = readBack(written[0].path);
-    const std::vector<std::string> names = {"R",   "G",   "B",   "albedo.R", "albedo.G",
+    const std::vector<std::string> names = {"R",        "G",   "B",   "albedo.R", "albedo.G",
                                             "albedo.B", "N.X", "N.Y", "N.Z",      "Z"};
     std::vector<int> channel;
     for (const std::string& name : names) {

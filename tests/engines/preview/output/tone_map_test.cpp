@@ -23,62 +23,54 @@ TEST(ToneMap, KnownValues) {
     struct Case {
         const char* name;
         ToneOperatorRecord tone;
-        float in, expected;
+        Color in, expected;
     };
     auto with = [](ToneOperatorRecord t, auto change) {
         change(t);
         return t;
     };
+    auto saturation = [&with](float s) {
+        return with(linearTone(kEditor), [s](auto& t) { t.ApplySaturation = 1, t.Saturation = s; });
+    };
     const float nan = std::numeric_limits<float>::quiet_NaN();
-    const Case cases[] = {
-        {"none keeps a mid value", linearTone(kEditor), 0.25f, 0.25f},
-        {"disabled keeps a mid value", linearTone(kDisabled), 0.75f, 0.75f},
-        {"none clips above 1", linearTone(kDisabled), 3.0f, 1.0f},
-        {"negative is black", linearTone(kEditor), -2.0f, 0.0f},
-        {"NaN is black", linearTone(kEditor), nan, 0.0f},
-        {"Reinhard midpoint", linearTone(kReinhard), 1.0f, 0.5f},
-        {"Reinhard white point maps to 1", with(linearTone(kReinhard), [](auto& t) { t.ReinhardFactor = 4; }), 4.0f,
-         1.0f},
-        {"Reinhard with white point at 1", with(linearTone(kReinhard), [](auto& t) { t.ReinhardFactor = 4; }), 1.0f,
-         0.53125f},
-        {"ACES keeps black", linearTone(kAces), 0.0f, 0.0f},
-        {"ACES saturates", linearTone(kAces), 1000.0f, 1.0f},
-        {"filmic keeps black", linearTone(kFilmic), 0.0f, 0.0f},
-        {"exposure +1 doubles before the curve",
-         with(linearTone(kReinhard), [](auto& t) { t.ApplyExposure = 1, t.ExposureValue = 1; }), 0.5f, 0.5f},
-        {"exposure not applied", with(linearTone(kEditor), [](auto& t) { t.ExposureValue = 1; }), 0.25f, 0.25f},
-        {"exposure -2 quarters", with(linearTone(kEditor), [](auto& t) { t.ApplyExposure = 1, t.ExposureValue = -2; }),
-         0.8f, 0.2f},
-        {"gamma 2.2", with(linearTone(kEditor), [](auto& t) { t.Gamma = 2.2f; }), 0.5f, 0.72974005f},
-        {"sRGB when gamma is off", with(linearTone(kEditor), [](auto& t) { t.ApplyGamma = 0; }), 0.5f, 0.7353570f},
-        {"sRGB linear foot", with(linearTone(kEditor), [](auto& t) { t.ApplyGamma = 0; }), 0.001f, 0.01292f},
-        {"sRGB when gamma is 0", with(linearTone(kEditor), [](auto& t) { t.Gamma = 0; }), 0.5f, 0.7353570f},
-    };
-    for (const Case& c : cases) {
-        Color out = toneMap(c.tone, Color(c.in));
-        for (int i = 0; i < 3; ++i)
-            EXPECT_NEAR(out[i], c.expected, 1e-5f) << c.name << " channel " << i;
-    }
-}
-
-TEST(ToneMap, Saturation) {
-    struct Case {
-        const char* name;
-        float saturation;
-        Color expected;
-    };
-    const Color in(0.8f, 0.2f, 0.1f);
+    const Color colour(0.8f, 0.2f, 0.1f);
     const float grey = 0.2126f * 0.8f + 0.7152f * 0.2f + 0.0722f * 0.1f;
     const Case cases[] = {
-        {"0 gives the luminance grey", 0.0f, Color(grey)},
-        {"1 keeps the colour", 1.0f, in},
-        {"2 pushes away from grey, clipped to [0, 1]", 2.0f, Color(1.0f, 2 * 0.2f - grey, 0.0f)},
+        {"none keeps a mid value", linearTone(kEditor), Color(0.25f), Color(0.25f)},
+        {"disabled keeps a mid value", linearTone(kDisabled), Color(0.75f), Color(0.75f)},
+        {"none clips above 1", linearTone(kDisabled), Color(3.0f), Color(1.0f)},
+        {"negative is black", linearTone(kEditor), Color(-2.0f), Color(0.0f)},
+        {"NaN is black", linearTone(kEditor), Color(nan), Color(0.0f)},
+        {"Reinhard midpoint", linearTone(kReinhard), Color(1.0f), Color(0.5f)},
+        {"Reinhard white point maps to 1", with(linearTone(kReinhard), [](auto& t) { t.ReinhardFactor = 4; }),
+         Color(4.0f), Color(1.0f)},
+        {"Reinhard with white point at 1", with(linearTone(kReinhard), [](auto& t) { t.ReinhardFactor = 4; }),
+         Color(1.0f), Color(0.53125f)},
+        {"ACES keeps black", linearTone(kAces), Color(0.0f), Color(0.0f)},
+        {"ACES saturates", linearTone(kAces), Color(1000.0f), Color(1.0f)},
+        {"filmic keeps black", linearTone(kFilmic), Color(0.0f), Color(0.0f)},
+        {"exposure +1 doubles before the curve",
+         with(linearTone(kReinhard), [](auto& t) { t.ApplyExposure = 1, t.ExposureValue = 1; }), Color(0.5f),
+         Color(0.5f)},
+        {"exposure not applied", with(linearTone(kEditor), [](auto& t) { t.ExposureValue = 1; }),
+         Color(0.25f), Color(0.25f)},
+        {"exposure -2 quarters",
+         with(linearTone(kEditor), [](auto& t) { t.ApplyExposure = 1, t.ExposureValue = -2; }), Color(0.8f),
+         Color(0.2f)},
+        {"gamma 2.2", with(linearTone(kEditor), [](auto& t) { t.Gamma = 2.2f; }), Color(0.5f),
+         Color(0.72974005f)},
+        {"sRGB when gamma is off", with(linearTone(kEditor), [](auto& t) { t.ApplyGamma = 0; }), Color(0.5f),
+         Color(0.7353570f)},
+        {"sRGB linear foot", with(linearTone(kEditor), [](auto& t) { t.ApplyGamma = 0; }), Color(0.001f),
+         Color(0.01292f)},
+        {"sRGB when gamma is 0", with(linearTone(kEditor), [](auto& t) { t.Gamma = 0; }), Color(0.5f),
+         Color(0.7353570f)},
+        {"saturation 0 gives the luminance grey", saturation(0), colour, Color(grey)},
+        {"saturation 1 keeps the colour", saturation(1), colour, colour},
+        {"saturation 2 pushes away from grey, clipped", saturation(2), colour, Color(1, 2 * 0.2f - grey, 0)},
     };
     for (const Case& c : cases) {
-        ToneOperatorRecord tone = linearTone(kEditor);
-        tone.ApplySaturation = 1;
-        tone.Saturation = c.saturation;
-        Color out = toneMap(tone, in);
+        Color out = toneMap(c.tone, c.in);
         for (int i = 0; i < 3; ++i)
             EXPECT_NEAR(out[i], c.expected[i], 1e-5f) << c.name << " channel " << i;
     }
