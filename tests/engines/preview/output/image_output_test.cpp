@@ -10,6 +10,7 @@
 #include <fstream>
 #include <iterator>
 #include <memory>
+#include <random>
 
 namespace preview {
 namespace {
@@ -72,8 +73,8 @@ class WriteImages : public testing::Test {
   protected:
     void SetUp() override {
         const auto* info = testing::UnitTest::GetInstance()->current_test_info();
-        folder_ =
-            fs::temp_directory_path() / ("preview_output_" + std::to_string(::getpid()) + "_" + info->name());
+        folder_ = fs::temp_directory_path() /
+                  ("preview_output_" + std::to_string(std::random_device{}()) + "_" + info->name());
         fs::remove_all(folder_);
     }
     void TearDown() override { fs::remove_all(folder_); }
