@@ -8,6 +8,7 @@
 #include <OpenImageIO/texture.h>
 
 #include <algorithm>
+#include <atomic>
 #include <filesystem>
 #include <system_error>
 #include <unordered_map>
@@ -84,20 +85,28 @@ struct TextureStore::Impl {
             return false;
         }
         if (!texture.pixels) texture.srgb = encodedAsSrgb(spec);
+        const auto earlier = textures.find(id);
+        if (earlier != textures.end() && earlier->second.name != texture.name)
+            system->invalidate(earlier->second.name, true);
         textures[id] = std::move(texture);
         return true;
     }
 };
 
 TextureStore::TextureStore() : impl_(std::make_unique<Impl>()) {
-    // A cache of the set's own: in-memory images are registered by name, and a render's
-    // textures go when it ends.
-    impl_->system = OIIO::TextureSystem::create(false);
+    // The process-wide texture system: OpenImageIO 2.4 frees a private one with a delete of
+    // the wrong size, which the address sanitizer rightly rejects.
+    impl_->system = OIIO::TextureSystem::create(true);
     impl_->system->attribute("automip", 1);
     impl_->system->attribute("gray_to_rgb", 1);
 }
 
-TextureStore::~TextureStore() { OIIO::TextureSystem::destroy(impl_->system, true); }
+// The cache outlives the set: its files are closed and their tiles dropped, so that a file
+// changed between renders is read anew and no reader keeps a pointer into freed pixels.
+TextureStore::~TextureStore() {
+    for (const auto& [id, texture] : impl_->textures)
+        impl_->system->invalidate(texture.name, true);
+}
 
 void TextureStore::addFolder(const std::string& utf8Folder) {
     if (!utf8Folder.empty()) impl_->folders.emplace_back(utf8Folder);
@@ -123,8 +132,9 @@ void TextureStore::addData(const TextureDataRecord& record, const WarningSink& w
         return;
     }
     texture.srgb = texture.pixels->srgb();
-    // The name only has to be unique within this cache.
-    texture.name = OIIO::ustring("texture-data:" + std::to_string(record.id));
+    // Unique in the process, since the cache is shared: a name is never registered twice.
+    static std::atomic<uint64_t> serial{0};
+    texture.name = OIIO::ustring("texture-data:" + std::to_string(serial++) + ":" + std::to_string(record.id));
     const OIIO::ImageSpec config = texture.pixels->readerConfig();
     OIIO::ImageCache* cache = impl_->system->imagecache();
     if (!cache->add_file(texture.name, MemoryImage::readerCreator(), &config, true) ||

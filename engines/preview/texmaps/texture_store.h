@@ -1,5 +1,5 @@
-// The textures of a scene: files and scene-carried pixels behind one OpenImageIO texture system
-// (a cache of its own, mip-maps made on first use, filtered lookups from any thread).
+// The textures of a scene: files and scene-carried pixels behind OpenImageIO's shared texture
+// system (one cache, mip-maps made on first use, filtered lookups from any thread).
 #pragma once
 #include "engines/preview/shading.h"
 #include "scene/records.h"
