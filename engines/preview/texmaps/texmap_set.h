@@ -1,6 +1,7 @@
 // Texture maps and textures as the engine keeps them: compiled from each record during
-// addTexMap, textures opened through OpenImageIO's texture system (mip-mapped, cached), and
-// evaluated per hit from every render thread.
+// add, textures opened through OpenImageIO's texture system (mip-mapped, cached), and
+// evaluated per hit from every render thread. Texture coordinates have v up: (0, 1) is the
+// top-left corner of an image, its first row.
 #pragma once
 #include "engines/preview/shading.h"
 #include "scene/records.h"
@@ -17,10 +18,11 @@ class TexMapSet final : public TexMapLookup {
     TexMapSet(const TexMapSet&) = delete;
     TexMapSet& operator=(const TexMapSet&) = delete;
 
-    // Folders in which a texture file's relative path is also looked for, in the order given.
+    // Folders in which a texture file's relative path, then its file name, is also looked for,
+    // in the order given. Only textures added later are looked for in them.
     void addFolder(const std::string& utf8Folder);
-    // A texture whose pixels live in a file; opened lazily, one warning naming a file that
-    // cannot be read.
+    // A texture whose pixels live in a file: found and its header read now, its pixels when
+    // first looked up; one warning naming a file that cannot be found or read.
     void addTextureFile(const TextureFileRecord& record, const WarningSink& warn);
     // A texture whose pixels the scene carries; copied now.
     void addTextureData(const TextureDataRecord& record, const WarningSink& warn);
@@ -35,7 +37,8 @@ class TexMapSet final : public TexMapLookup {
     Vec3 normal(int32_t texMapId, const ShadingContext& at) const override;
 
     // The environment as a texmap sees it: `direction` as the lookup (for sky lights that use
-    // a map). Spherical (latitude-longitude) mapping, +Y up.
+    // a map). Latitude-longitude, +Y up: u = 0.5 + atan2(d.x, -d.z) / 2pi, v = 1 - acos(d.y) / pi,
+    // so -Z sees the image's middle column and +Y its top row.
     Color environment(int32_t texMapId, const Vec3& direction, Color fallback) const;
 
   private:
