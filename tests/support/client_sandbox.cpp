@@ -16,6 +16,7 @@
 namespace fs = std::filesystem;
 
 std::string recordingEnginePath() { return TAVI_RECORDING_ENGINE; }
+std::string previewEnginePath() { return TAVI_PREVIEW_ENGINE; }
 std::string invalidEnginePath() { return TAVI_INVALID_ENGINE; }
 std::string clientExecutablePath() { return TAVI_CLIENT_EXECUTABLE; }
 

@@ -35,6 +35,7 @@ class ClientSandbox {
 };
 
 std::string recordingEnginePath();
+std::string previewEnginePath();
 std::string invalidEnginePath();
 std::string clientExecutablePath();
 

@@ -87,9 +87,11 @@ int32_t PreviewScene::render(ITaviRenderCallback* callback) {
     bool anyPassable = false;
     for (const TriangleMeshData& mesh : geometry_.meshes())
         for (int32_t material : mesh.materials) anyPassable = anyPassable || materials_.mayPassRays(material);
-    const SceneView view{accelerator, geometry_, materials_, maps_, lights_,
-                         std::clamp(settings.MaxDepth, 1, 1024), std::clamp(settings.RussianRouletteStartDepth, 1, 1024),
-                         anyPassable};
+    // A depth of 0 is a record that never set one: the record's own defaults stand in.
+    const int32_t maxDepth = settings.MaxDepth > 0 ? std::min(settings.MaxDepth, 1024) : 10;
+    const int32_t rouletteStart =
+        settings.RussianRouletteStartDepth > 0 ? std::min(settings.RussianRouletteStartDepth, 1024) : 3;
+    const SceneView view{accelerator, geometry_, materials_, maps_, lights_, maxDepth, rouletteStart, anyPassable};
 
     Film film(settings.ImageSizeX, settings.ImageSizeY, regionOf(settings));
     const OutputPlan plan = planOutput(settings, animated_ || geometry_.animated());

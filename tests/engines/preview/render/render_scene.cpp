@@ -1,0 +1,90 @@
+#include "tests/engines/preview/render/render_scene.h"
+
+#include "scene/records.h"
+
+#include <OpenImageIO/imageio.h>
+
+#include <cstddef>
+
+namespace preview_test {
+
+using namespace scene_writer;
+
+Rgb Image::at(int x, int y) const {
+    const float* p = &rgb[3 * (size_t(y) * width + x)];
+    return {p[0], p[1], p[2]};
+}
+
+Rgb Image::mean(int x0, int y0, int x1, int y1) const {
+    double r = 0, g = 0, b = 0;
+    for (int y = y0; y < y1; ++y)
+        for (int x = x0; x < x1; ++x) {
+            const Rgb c = at(x, y);
+            r += c.r, g += c.g, b += c.b;
+        }
+    const double n = double(x1 - x0) * (y1 - y0);
+    return {float(r / n), float(g / n), float(b / n)};
+}
+
+Image readExr(const std::string& path) {
+    Image image;
+    auto input = OIIO::ImageInput::open(path);
+    if (!input) return image;
+    const OIIO::ImageSpec& spec = input->spec();
+    std::vector<float> all(size_t(spec.width) * spec.height * spec.nchannels);
+    if (!input->read_image(0, 0, 0, spec.nchannels, OIIO::TypeDesc::FLOAT, all.data())) return image;
+    const int r = spec.channelindex("R"), g = spec.channelindex("G"), b = spec.channelindex("B");
+    if (r < 0 || g < 0 || b < 0) return image;
+    image.width = spec.width;
+    image.height = spec.height;
+    image.rgb.resize(size_t(spec.width) * spec.height * 3);
+    for (size_t i = 0; i < size_t(spec.width) * spec.height; ++i) {
+        image.rgb[3 * i] = all[i * spec.nchannels + r];
+        image.rgb[3 * i + 1] = all[i * spec.nchannels + g];
+        image.rgb[3 * i + 2] = all[i * spec.nchannels + b];
+    }
+    return image;
+}
+
+RenderScene::RenderScene(int width, int height, int passes) {
+    settings.imageSizeX = width;
+    settings.imageSizeY = height;
+    settings.maxIterations = passes;
+    settings.saveJpeg = false;
+    settings.saveExr = true;
+    settings.outputName = "frame";
+    settings.startingVolumetricMaterial = -1;
+}
+
+void RenderScene::camera(const Bytes& image, const CameraPathPlan& path) {
+    chunks_.push_back(zstdChunk(kCamera, image));
+    chunks_.push_back(storedChunk(kCameraPath, cameraPathBody(path)));
+}
+
+void RenderScene::light(const LightPlan& plan) {
+    chunks_.push_back(zstdChunk(kLight, lightImage(plan), lightVersion(plan.type)));
+    chunks_.push_back(storedChunk(kLightPath, lightPathBody(lightPath(plan))));
+}
+
+void RenderScene::material(const RecordBuilder& material) { chunks_.push_back(zstdChunk(kMaterial, material.body())); }
+void RenderScene::texMap(const RecordBuilder& texmap) { chunks_.push_back(zstdChunk(kTexMap, texmap.body())); }
+void RenderScene::texture(const TextureDataPlan& texture) {
+    chunks_.push_back(zstdChunk(kTextureData, textureDataBody(texture)));
+}
+void RenderScene::mesh(const MeshPlan& mesh) { chunks_.push_back(zstdChunk(kTriangleMesh, meshBody(mesh))); }
+
+ClientRun RenderScene::render(ClientSandbox& sandbox, Image* image) const {
+    SceneFile file;
+    Bytes body = settingsBody(settings);
+    put32(body, offsetof(SettingsRecord, MaxDepth), static_cast<uint32_t>(maxDepth));
+    put32(body, offsetof(SettingsRecord, RussianRouletteStartDepth), static_cast<uint32_t>(rouletteStartDepth));
+    file.add(zstdChunk(kSettings, body));
+    for (const Chunk& chunk : chunks_) file.add(chunk);
+    const std::string scenePath = sandbox.path("scene.tavi");
+    file.write(scenePath);
+    const ClientRun run = sandbox.run({"-scene", scenePath, "-outputpath", sandbox.path("out")});
+    if (image) *image = readExr(sandbox.path("out/" + settings.outputName + ".exr"));
+    return run;
+}
+
+} // namespace preview_test
