@@ -111,10 +111,9 @@ PathSample tracePath(const SceneView& scene, Ray ray, Sampler& sampler) {
         Surface surface = surfaceAt(scene, hit, ray);
         ShadingContext& at = surface.at;
 
-        // Cut-out and null surfaces let a share of the rays through, untouched.
-        if (!surface.lightShape && scene.materials.mayPassRays(surface.material) &&
-            passThroughs < kMaxPassThroughs &&
-            sampler.next() < scene.materials.passThrough(surface.material, at, scene.maps)) {
+        // An emitter that the camera must not see lets camera rays by, as if it were not there.
+        if (previousDelta && bounce == 0 && !surface.lightShape && !scene.materials.isCameraVisible(surface.material) &&
+            passThroughs < kMaxPassThroughs) {
             ++passThroughs;
             ray.origin = offsetFrom(at, ray.direction);
             continue;

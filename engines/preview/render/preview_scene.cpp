@@ -36,7 +36,8 @@ PixelRect regionOf(const SettingsRecord& settings) {
 
 } // namespace
 
-PreviewScene::PreviewScene() : settings_(std::make_unique<SettingsRecord>()), geometry_(0) {}
+PreviewScene::PreviewScene()
+    : settings_(std::make_unique<SettingsRecord>()), materials_(temperatureColor), geometry_(0) {}
 
 void PreviewScene::begin(const SettingsRecord& settings) {
     *settings_ = settings;
