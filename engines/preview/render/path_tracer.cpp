@@ -70,13 +70,16 @@ float powerHeuristic(float chosen, float other) {
 
 // How much of the light reaches `from` along `toward` over `distance`: 0 when something opaque
 // is in the way, less than 1 through cut-out and null surfaces.
-float transmittance(const SceneView& scene, const ShadingContext& from, const Vec3& toward, float distance) {
+float transmittance(const SceneView& scene, const ShadingContext& from, const Vec3& toward, float distance,
+                    uint32_t* rays) {
     Vec3 origin = offsetFrom(from, toward);
+    ++*rays;
     float left = std::isinf(distance) ? INFINITY : distance * (1 - 1e-3f);
     if (!scene.anyPassable) return scene.accelerator.occluded(origin, toward, left) ? 0.0f : 1.0f;
     float carried = 1;
     for (int crossing = 0; crossing < kMaxPassThroughs; ++crossing) {
         Hit hit;
+        if (crossing > 0) ++*rays;
         if (!scene.accelerator.intersect(origin, toward, left, &hit)) return carried;
         const Ray ray{origin, toward};
         const Surface surface = surfaceAt(scene, hit, ray);
@@ -101,6 +104,7 @@ PathSample tracePath(const SceneView& scene, Ray ray, Sampler& sampler) {
     int passThroughs = 0;
     for (int bounce = 0;;) {
         Hit hit;
+        ++result.rays;
         if (!scene.accelerator.intersect(ray.origin, ray.direction, INFINITY, &hit)) {
             float pdf = 0;
             const Color seen = scene.lights.environment(ray.direction, &pdf);
@@ -148,7 +152,7 @@ PathSample tracePath(const SceneView& scene, Ray ray, Sampler& sampler) {
                 float bsdfPdf = 0;
                 const Color value = bsdf.evaluate(at.wo, light.wi, &bsdfPdf);
                 if (!isBlack(value)) {
-                    const float visible = transmittance(scene, at, light.wi, light.distance);
+                    const float visible = transmittance(scene, at, light.wi, light.distance, &result.rays);
                     if (visible > 0) {
                         const float weight = light.delta ? 1.0f : powerHeuristic(light.pdf, bsdfPdf);
                         result.radiance += carried * value * light.radiance * (visible * weight / light.pdf);

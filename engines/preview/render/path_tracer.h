@@ -26,6 +26,7 @@ struct PathSample {
     Color albedo;  // of the first surface met
     Vec3 normal;   // its shading normal, facing the camera
     float depth = 0; // the distance to it, 0 for none
+    uint32_t rays = 0; // queries made: paths' segments and shadow rays
 };
 
 PathSample tracePath(const SceneView& scene, Ray ray, Sampler& sampler);

@@ -1,9 +1,12 @@
 #include "engines/preview/render/renderer.h"
 
 #include <tbb/blocked_range2d.h>
+#include <tbb/combinable.h>
 #include <tbb/parallel_for.h>
 #include <tbb/task_arena.h>
 #include <xmmintrin.h>
+
+#include <chrono>
 
 namespace preview {
 
@@ -13,10 +16,12 @@ constexpr int32_t kTileSize = 16;
 // Denormal numbers cost a hundred cycles an operation and add nothing a picture can show.
 constexpr unsigned kFlushToZeroAndDenormalsAreZero = 0x8040;
 
-void renderTile(const SceneView& scene, const Camera& camera, Film& film, const PassPlan& plan, int32_t pass,
-                const tbb::blocked_range2d<int32_t>& tile) {
+// Returns the rays the tile's paths queried.
+uint64_t renderTile(const SceneView& scene, const Camera& camera, Film& film, const PassPlan& plan, int32_t pass,
+                    const tbb::blocked_range2d<int32_t>& tile) {
     _mm_setcsr(_mm_getcsr() | kFlushToZeroAndDenormalsAreZero);
     const int32_t width = film.imageWidth();
+    uint64_t rays = 0;
     for (int32_t y = tile.rows().begin(); y < tile.rows().end(); ++y)
         for (int32_t x = tile.cols().begin(); x < tile.cols().end(); ++x) {
             Sampler sampler(static_cast<uint32_t>(y) * static_cast<uint32_t>(width) + static_cast<uint32_t>(x),
@@ -27,17 +32,21 @@ void renderTile(const SceneView& scene, const Camera& camera, Film& film, const 
             PathSample sample;
             if (camera.generate(x + jitterX, y + jitterY, lensU, lensV, &ray)) sample = tracePath(scene, ray, sampler);
             film.add(x, y, sample.radiance * camera.exposureScale(), sample.albedo, sample.normal, sample.depth);
+            rays += sample.rays;
         }
+    return rays;
 }
 
 } // namespace
 
-int32_t renderPasses(const SceneView& scene, const Camera& camera, Film& film, const PassPlan& plan,
-                     const PassDone& passDone) {
+RenderStatistics renderPasses(const SceneView& scene, const Camera& camera, Film& film, const PassPlan& plan,
+                              const PassDone& passDone) {
+    RenderStatistics statistics;
     const PixelRect& region = film.region();
-    if (region.width <= 0 || region.height <= 0) return 0;
+    if (region.width <= 0 || region.height <= 0) return statistics;
     tbb::task_arena arena(plan.threads > 0 ? plan.threads : tbb::task_arena::automatic);
-    int32_t done = 0;
+    tbb::combinable<uint64_t> rays([] { return uint64_t(0); });
+    const auto start = std::chrono::steady_clock::now();
     for (int32_t pass = 0; pass < plan.passes; ++pass) {
         arena.execute([&] {
             // The simple partitioner keeps tiles at their size whatever the thread count, which
@@ -45,15 +54,18 @@ int32_t renderPasses(const SceneView& scene, const Camera& camera, Film& film, c
             tbb::parallel_for(tbb::blocked_range2d<int32_t>(region.y, region.y + region.height, kTileSize, region.x,
                                                             region.x + region.width, kTileSize),
                               [&](const tbb::blocked_range2d<int32_t>& tile) {
-                                  renderTile(scene, camera, film, plan, pass, tile);
+                                  rays.local() += renderTile(scene, camera, film, plan, pass, tile);
                               },
                               tbb::simple_partitioner());
         });
-        done = pass + 1;
-        film.setPasses(done);
-        if (!passDone(done)) break;
+        statistics.passes = pass + 1;
+        film.setPasses(statistics.passes);
+        statistics.samples += uint64_t(region.width) * uint64_t(region.height);
+        if (!passDone(statistics.passes)) break;
     }
-    return done;
+    statistics.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    statistics.rays = rays.combine(std::plus<uint64_t>());
+    return statistics;
 }
 
 } // namespace preview

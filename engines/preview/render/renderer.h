@@ -17,9 +17,15 @@ struct PassPlan {
 // Called after each pass with the passes done; false stops the render there.
 using PassDone = std::function<bool(int32_t passesDone)>;
 
-// Renders `plan.passes` passes into `film` (whose region says which pixels); returns the passes
-// done.
-int32_t renderPasses(const SceneView& scene, const Camera& camera, Film& film, const PassPlan& plan,
-                     const PassDone& passDone);
+struct RenderStatistics {
+    int32_t passes = 0;   // passes done
+    uint64_t samples = 0; // camera samples
+    uint64_t rays = 0;    // ray queries of every kind
+    double seconds = 0;   // wall time of the passes
+};
+
+// Renders `plan.passes` passes into `film` (whose region says which pixels).
+RenderStatistics renderPasses(const SceneView& scene, const Camera& camera, Film& film, const PassPlan& plan,
+                              const PassDone& passDone);
 
 } // namespace preview
