@@ -30,6 +30,9 @@ template <size_t N> constexpr uint32_t fieldsEnd(const FieldDescriptor (&fields)
 extern const TypeDescriptor kBlendSidedMaterial;  // 2
 extern const TypeDescriptor kTopBottomMaterial;   // 3
 extern const TypeDescriptor kMixMaterial;         // 11
+// One entry of MIX's Child list (16 bytes; NumChildren say how many are in use), for readers
+// that walk the list's bytes.
+extern const TypeDescriptor kMixChildEntry;
 extern const TypeDescriptor kCutoutMaterial;      // 14
 extern const TypeDescriptor kTwoSidedMaterial;    // 16
 extern const TypeDescriptor kMtlProxyMaterial;    // 28

@@ -211,6 +211,7 @@ constexpr FieldDescriptor kStateSwitchFields[] = {
 constexpr TypeDescriptor kBlendSidedMaterial = describeType(2, "BLEND_SIDED", 408, kBlendSidedFields);
 constexpr TypeDescriptor kTopBottomMaterial = describeType(3, "TOP_BOTTOM", 536, kTopBottomFields);
 constexpr TypeDescriptor kMixMaterial = describeType(11, "MIX", 550, kMixFields);
+constexpr TypeDescriptor kMixChildEntry = describeType(0, "Child", kMixEntryBytes, kMixChildFields);
 constexpr TypeDescriptor kCutoutMaterial = describeType(14, "CUTOUT", 284, kCutoutFields);
 constexpr TypeDescriptor kTwoSidedMaterial = describeType(16, "TWOSIDED", 276, kTwoSidedFields);
 constexpr TypeDescriptor kMtlProxyMaterial = describeType(28, "MTLPROXY", 272, kMtlProxyFields);

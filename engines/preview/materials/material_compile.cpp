@@ -1,5 +1,6 @@
 #include "engines/preview/materials/material_compile.h"
 
+#include "documents/materials/families.h"
 #include "engines/preview/materials/field_reader.h"
 
 #include <cstring>
@@ -261,24 +262,19 @@ void compileMix(FieldReader& r, CompiledMaterial* m) {
     m->normalizeMix = r.view().integer("NormalizationType", 1) != 0;
     const FieldDescriptor* list = r.view().field("Child");
     if (!list) return;
-    // The children list is one custom field of entries laid out as the table's own rows say:
-    // material, weight, weight map and map mix, 16 bytes apiece.
-    constexpr uint32_t kEntryBytes = 16;
-    const int32_t inUse = std::clamp(r.view().integer("NumChildren", 0), 0, int32_t(list->width / kEntryBytes));
+    // The children list is one custom field of entries, each read by the entry's own table.
+    const uint32_t entryBytes = kMixChildEntry.imageLength;
+    const int32_t inUse = std::clamp(r.view().integer("NumChildren", 0), 0, int32_t(list->width / entryBytes));
     const uint8_t* entries = r.view().bytes("Child", list->width);
     for (int32_t i = 0; i < inUse; ++i) {
-        struct Entry {
-            int32_t material;
-            float weight;
-            int32_t weightMap;
-            float mapMix;
-        } entry;
-        static_assert(sizeof(Entry) == kEntryBytes);
-        std::memcpy(&entry, entries + i * kEntryBytes, sizeof entry);
-        if (entry.material == -1) continue;
-        const float weight = std::isfinite(entry.weight) ? std::max(0.0f, entry.weight) : 0.0f;
-        const float mapMix = std::isfinite(entry.mapMix) ? std::clamp(entry.mapMix, 0.0f, 1.0f) : 1.0f;
-        m->children.push_back({entry.material, {weight, entry.weightMap}, mapMix});
+        const RecordView entry(entries + i * entryBytes, entryBytes, &kMixChildEntry);
+        const int32_t material = entry.material("Material");
+        if (material == -1) continue;
+        const float weight = entry.real("Weight", 0);
+        const float mapMixValue = entry.real("MapMix", 1);
+        const float clampedWeight = std::isfinite(weight) ? std::max(0.0f, weight) : 0.0f;
+        const float mapMix = std::isfinite(mapMixValue) ? std::clamp(mapMixValue, 0.0f, 1.0f) : 1.0f;
+        m->children.push_back({material, {clampedWeight, entry.texMap("WeightMap")}, mapMix});
     }
 }
 
