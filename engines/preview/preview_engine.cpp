@@ -15,7 +15,7 @@ namespace {
 
 using preview::PreviewScene;
 
-constexpr int32_t kAllWell = 0, kWarnings = 1, kErrors = 2, kOutOfMemory = 4;
+constexpr int32_t kAllWell = 0, kErrors = 2, kOutOfMemory = 4;
 
 class PreviewEngine final : public ITaviTracer {
   public:
@@ -27,9 +27,9 @@ class PreviewEngine final : public ITaviTracer {
     int32_t reserved3() override { return kAllWell; }
     int32_t reserved4() override { return kAllWell; }
     int32_t shutdown(ITaviRenderCallback* callback) override {
-        const bool any = scene_ && scene_->warnings().flush(callback);
+        if (scene_) scene_->warnings().flush(callback);
         scene_.reset();
-        return any ? kWarnings : kAllWell;
+        return kAllWell;
     }
     int32_t beginScene(SettingsRecord* settings, ITaviRenderCallback*, int32_t) override {
         return guarded([&] { if (settings) scene().begin(*settings); });
@@ -89,13 +89,13 @@ class PreviewEngine final : public ITaviTracer {
     }
     preview::WarningSink sink() { return scene().warnings().sink(); }
 
-    // Runs one operation: warnings it notes make its level 1; an exception never crosses the
-    // boundary.
+    // Runs one operation; an exception never crosses the boundary. What the engine skips or
+    // replaces is told by reportWarning and leaves the level at 0: the client starts no render
+    // after a load whose level is above 0, and a scene with one bad triangle should render.
     template <class Operation> int32_t guarded(Operation operation) {
         try {
-            const size_t before = scene().warnings().noted();
             operation();
-            return scene().warnings().noted() > before ? kWarnings : kAllWell;
+            return kAllWell;
         } catch (const std::bad_alloc&) {
             return kOutOfMemory;
         } catch (...) {

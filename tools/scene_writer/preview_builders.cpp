@@ -482,4 +482,35 @@ LightPathPlan lightPath(const LightPlan& plan) {
     return path;
 }
 
+// ---- Fur and sprites ---------------------------------------------------------------------------
+
+Bytes furCurve(const std::array<Vec4f, 4>& points, uint32_t materialId) {
+    Bytes element(kFurElementBytes);
+    for (size_t p = 0; p < 4; ++p)
+        for (size_t c = 0; c < 4; ++c) putF32(element, 16 * p + 4 * c, points[p][c]);
+    put32(element, 84, materialId & 0x00FFFFFFu);
+    return element;
+}
+
+Bytes spriteDisc(const Vec3f& centre, const Vec3f& normal, float radius, uint32_t materialId) {
+    Bytes element(kSpriteElementBytes);
+    for (size_t c = 0; c < 3; ++c) {
+        putF32(element, 4 * c, centre[c]);
+        putF32(element, 12 + 4 * c, normal[c]);
+    }
+    putF32(element, 24, radius);
+    put32(element, 28, materialId);
+    return element;
+}
+
+CloudPlan cloudModel(const std::string& name, const std::vector<Bytes>& elements) {
+    CloudPlan plan;
+    plan.name = name;
+    plan.elementCount = static_cast<int32_t>(elements.size());
+    CloudSlicePlan slice;
+    for (const Bytes& element : elements) append(slice.elements, element);
+    plan.timeSlices.push_back(slice);
+    return plan;
+}
+
 } // namespace scene_writer

@@ -59,6 +59,19 @@ MeshPlan boxMesh(const std::string& name, const Vec3f& lower, const Vec3f& upper
 MeshPlan sphereMesh(const std::string& name, const Vec3f& centre, float radius, uint32_t rings,
                     uint32_t segments, uint32_t materialId);
 
+// ---- Fur and sprites ---------------------------------------------------------------------------
+
+using Vec4f = std::array<float, 4>;
+
+// A fur element: four control points of a cubic Bezier curve, each x, y, z and radius; the
+// material id in the low 24 bits of the material word, the other words zero.
+Bytes furCurve(const std::array<Vec4f, 4>& points, uint32_t materialId);
+// A sprite element: a disc at `centre` facing `normal`, of `radius`.
+Bytes spriteDisc(const Vec3f& centre, const Vec3f& normal, float radius, uint32_t materialId);
+// A fur or sprite model of one part and one time slice (at time 0) holding `elements`, each in
+// the file form of its kind; write it with furBody or spriteBody.
+CloudPlan cloudModel(const std::string& name, const std::vector<Bytes>& elements);
+
 // ---- Materials and texmaps by key --------------------------------------------------------------
 
 // Sets values of a record image by the keys of its type's table. The image starts as the type's

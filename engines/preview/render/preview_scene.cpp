@@ -96,6 +96,8 @@ int32_t PreviewScene::render(ITaviRenderCallback* callback) {
         camera_.emplace();
     }
     if (!geometry_.curves().empty()) warnings_.note("fur is rendered without its hair shading");
+    if (settings.EnableMotionBlur && (animated_ || geometry_.animated()))
+        warnings_.note("motion blur is not rendered; the frame is sharp at its time");
     progress(callback, 0, 1, 0);
     const double buildSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - buildStart).count();
 
@@ -138,7 +140,10 @@ int32_t PreviewScene::render(ITaviRenderCallback* callback) {
                     utf8ToUtf16("Preview engine: cannot write " + image.path + ": " + image.error).c_str(), 0);
         }
     }
-    if (warnings_.flush(callback)) level = std::max(level, 1);
+    warnings_.flush(callback);
+    // The result tells of every warning of the run, the load's included: the images are there,
+    // but not all of the scene is in them.
+    if (warnings_.noted() > 0) level = std::max(level, 1);
     return level;
 }
 

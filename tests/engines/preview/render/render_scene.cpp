@@ -72,6 +72,8 @@ void RenderScene::texture(const TextureDataPlan& texture) {
     chunks_.push_back(zstdChunk(kTextureData, textureDataBody(texture)));
 }
 void RenderScene::mesh(const MeshPlan& mesh) { chunks_.push_back(zstdChunk(kTriangleMesh, meshBody(mesh))); }
+void RenderScene::fur(const CloudPlan& fur) { chunks_.push_back(zstdChunk(kFur, furBody(fur))); }
+void RenderScene::sprites(const CloudPlan& sprites) { chunks_.push_back(zstdChunk(kSprites, spriteBody(sprites))); }
 
 ClientRun RenderScene::render(ClientSandbox& sandbox, Image* image) const {
     SceneFile file;

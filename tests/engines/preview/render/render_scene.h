@@ -40,6 +40,8 @@ class RenderScene {
     void texMap(const scene_writer::RecordBuilder& texmap);
     void texture(const scene_writer::TextureDataPlan& texture);
     void mesh(const scene_writer::MeshPlan& mesh);
+    void fur(const scene_writer::CloudPlan& fur);
+    void sprites(const scene_writer::CloudPlan& sprites);
 
     // Renders in a fresh sandbox; `image` gets the EXR (settings.saveExr is set).
     ClientRun render(ClientSandbox& sandbox, Image* image) const;
