@@ -104,7 +104,8 @@ sw::MeshPlan partMesh(const BoxPart& part) {
     for (const Quad& face : part.faces) {
         const uint32_t first = static_cast<uint32_t>(positions.size() / 3);
         positions.insert(positions.end(), face.begin(), face.end());
-        for (uint32_t corner : {0u, 1u, 2u, 0u, 2u, 3u}) indices.push_back(first + corner);
+        for (uint32_t corner : {0u, 1u, 2u, 0u, 2u, 3u})
+            indices.push_back(first + corner);
         materialIds.insert(materialIds.end(), 2, part.material);
     }
     return sw::triangleMesh(part.name, positions, indices, materialIds);
@@ -144,7 +145,8 @@ void writeScene(const std::string& path, int threads) {
     file.add(sw::zstdChunk(sw::kMaterial, diffuse(kWhite, "white", {1, 1, 1}).body()));
     file.add(sw::zstdChunk(sw::kMaterial, diffuse(kRed, "red", {1, 0, 0}).body()));
     file.add(sw::zstdChunk(sw::kMaterial, diffuse(kGreen, "green", {0, 1, 0}).body()));
-    for (const BoxPart& part : kBox) file.add(sw::zstdChunk(sw::kTriangleMesh, sw::meshBody(partMesh(part))));
+    for (const BoxPart& part : kBox)
+        file.add(sw::zstdChunk(sw::kTriangleMesh, sw::meshBody(partMesh(part))));
     if (!file.write(path)) die("cannot write " + path);
 }
 
@@ -161,7 +163,8 @@ std::string readText(const fs::path& path) {
 // the signal.
 int runProcess(const std::vector<std::string>& arguments, const fs::path& output) {
     std::vector<char*> argv;
-    for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
+    for (const std::string& argument : arguments)
+        argv.push_back(const_cast<char*>(argument.c_str()));
     argv.push_back(nullptr);
     std::fflush(nullptr);
     pid_t child = fork();
@@ -215,8 +218,8 @@ OurRun renderOurs(const fs::path& folder, int threads) {
     const fs::path scene = folder / (name + ".tavi"), output = folder / name, log = folder / (name + ".log");
     writeScene(scene.string(), threads);
     fs::create_directories(output);
-    int status = runProcess({(folder / "TaviClient").string(), "-scene", scene.string(), "-outputpath", output.string()},
-                            log);
+    int status = runProcess(
+        {(folder / "TaviClient").string(), "-scene", scene.string(), "-outputpath", output.string()}, log);
     const std::string text = readText(log);
     if (status != 0) die("the client exited with " + std::to_string(status) + ":\n" + text);
 
@@ -226,8 +229,9 @@ OurRun renderOurs(const fs::path& folder, int threads) {
     int passes = 0;
     double passSeconds = 0;
     if (at == std::string::npos ||
-        std::sscanf(text.c_str() + at + std::strlen(kStatistics), "%lf s; %d passes in %lf s, %lf samples/s, %lf Mrays/s",
-                    &run.buildSeconds, &passes, &passSeconds, &run.samplesPerSecond, &run.mraysPerSecond) != 5)
+        std::sscanf(text.c_str() + at + std::strlen(kStatistics),
+                    "%lf s; %d passes in %lf s, %lf samples/s, %lf Mrays/s", &run.buildSeconds, &passes,
+                    &passSeconds, &run.samplesPerSecond, &run.mraysPerSecond) != 5)
         die("no statistics line from the engine:\n" + text);
     if (passes != kPasses) die("the engine ran " + std::to_string(passes) + " passes:\n" + text);
     for (const fs::directory_entry& entry : fs::directory_iterator(output))
@@ -236,7 +240,7 @@ OurRun renderOurs(const fs::path& folder, int threads) {
     return run;
 }
 
-// ---- Embree's --------------------------------------------------------------------------------
+// ---- Embree's -----------------------------------------------------------------------------------
 
 struct EmbreeRun {
     double samplesPerSecond = 0, mraysPerSecond = 0;
@@ -256,15 +260,15 @@ std::optional<EmbreeRun> renderEmbree(const fs::path& tracer, const fs::path& fo
     const std::string size = std::to_string(kImageSize);
     int status = runProcess({tracer.string(), "-c", kEmbreeScene, "--size", size, size, "--spp", "1",
                              "--max-path-length", std::to_string(kMaxDepth), "--rtcore",
-                             "threads=" + std::to_string(threads), "--benchmark", std::to_string(kEmbreeWarmupFrames),
-                             std::to_string(kPasses)},
+                             "threads=" + std::to_string(threads), "--benchmark",
+                             std::to_string(kEmbreeWarmupFrames), std::to_string(kPasses)},
                             log);
     const std::string text = readText(log);
     std::optional<double> fps = reportedValue(text, "BENCHMARK_RENDER_AVG");
     std::optional<double> mrays = reportedValue(text, "BENCHMARK_RENDER_MRAYPS_AVG");
     if (status != 0 || !fps || !mrays) {
-        std::printf("Embree's %s on %d threads gave no figures (exit %d); its side is skipped:\n%s\n", kEmbreeTracer,
-                    threads, status, text.c_str());
+        std::printf("Embree's %s on %d threads gave no figures (exit %d); its side is skipped:\n%s\n",
+                    kEmbreeTracer, threads, status, text.c_str());
         return std::nullopt;
     }
     return EmbreeRun{*fps * kImageSize * kImageSize, *mrays};
@@ -277,7 +281,9 @@ std::vector<int> threadCounts() {
     return counts;
 }
 
-const char* verdict(bool met) { return met ? "PASS" : "MISS"; }
+const char* verdict(bool met) {
+    return met ? "PASS" : "MISS";
+}
 
 } // namespace
 
@@ -301,8 +307,11 @@ int main(int argc, char** argv) {
 
     std::optional<fs::path> tracer = findOnPath(kEmbreeTracer);
     const bool embreeSceneFound = fs::exists(kEmbreeScene);
-    if (!tracer) std::printf("Embree's %s is not on the PATH (package embree-tools): its side is skipped.\n", kEmbreeTracer);
-    if (!embreeSceneFound) std::printf("%s is missing (package embree-tools): Embree's side is skipped.\n", kEmbreeScene);
+    if (!tracer)
+        std::printf("Embree's %s is not on the PATH (package embree-tools): its side is skipped.\n",
+                    kEmbreeTracer);
+    if (!embreeSceneFound)
+        std::printf("%s is missing (package embree-tools): Embree's side is skipped.\n", kEmbreeScene);
 
     struct Row {
         int threads;
@@ -325,20 +334,21 @@ int main(int argc, char** argv) {
             if (entry.path() != kept) fs::remove_all(entry.path());
     }
 
-    std::printf("Cornell box, %d x %d, %d passes of 1 sample a pixel, path length %d, a point light\n", kImageSize,
-                kImageSize, kPasses, kMaxDepth);
-    std::printf("ours: TaviClient with the preview engine; Embree: %s --benchmark %d %d on %s\n\n", kEmbreeTracer,
-                kEmbreeWarmupFrames, kPasses, kEmbreeScene);
-    std::printf("threads |  ours: build s   samples/s  Mrays/s | Embree: samples/s  Mrays/s | ours/Embree  target >= 1 "
+    std::printf("Cornell box, %d x %d, %d passes of 1 sample a pixel, path length %d, a point light\n",
+                kImageSize, kImageSize, kPasses, kMaxDepth);
+    std::printf("ours: TaviClient with the preview engine; Embree: %s --benchmark %d %d on %s\n\n",
+                kEmbreeTracer, kEmbreeWarmupFrames, kPasses, kEmbreeScene);
+    std::printf("threads |  ours: build s   samples/s  Mrays/s | Embree: samples/s  Mrays/s | ours/Embree  "
+                "target >= 1 "
                 "| scaling from 1: ours  Embree\n");
     const Row& one = rows.front();
     for (const Row& row : rows) {
-        std::printf("%7d | %14.3f %11.0f %8.2f |", row.threads, row.ours.buildSeconds, row.ours.samplesPerSecond,
-                    row.ours.mraysPerSecond);
+        std::printf("%7d | %14.3f %11.0f %8.2f |", row.threads, row.ours.buildSeconds,
+                    row.ours.samplesPerSecond, row.ours.mraysPerSecond);
         if (row.embree) {
             const double ratio = row.ours.samplesPerSecond / row.embree->samplesPerSecond;
-            std::printf(" %17.0f %8.2f | %11.2f  %-11s |", row.embree->samplesPerSecond, row.embree->mraysPerSecond,
-                        ratio, verdict(ratio >= 1));
+            std::printf(" %17.0f %8.2f | %11.2f  %-11s |", row.embree->samplesPerSecond,
+                        row.embree->mraysPerSecond, ratio, verdict(ratio >= 1));
         } else {
             std::printf(" %17s %8s | %11s  %-11s |", "-", "-", "-", "");
         }
