@@ -57,7 +57,7 @@ const char* const kEmbreeTracer = "pathtracer";
     std::exit(1);
 }
 
-// ---- The box -----------------------------------------------------------------------------------
+// ---- The box ------------------------------------------------------------------------------------
 
 enum BoxMaterial : uint32_t { kWhite, kRed, kGreen };
 
@@ -150,7 +150,7 @@ void writeScene(const std::string& path, int threads) {
     if (!file.write(path)) die("cannot write " + path);
 }
 
-// ---- Processes ---------------------------------------------------------------------------------
+// ---- Processes ----------------------------------------------------------------------------------
 
 std::string readText(const fs::path& path) {
     std::ifstream in(path, std::ios::binary);
@@ -194,7 +194,7 @@ std::optional<fs::path> findOnPath(const std::string& name) {
     return std::nullopt;
 }
 
-// ---- Ours --------------------------------------------------------------------------------------
+// ---- Ours ---------------------------------------------------------------------------------------
 
 // The build folder holds bin/TaviClient and engines/preview/TaviTracerAVX.so; this program
 // sits in it at bench/render.
