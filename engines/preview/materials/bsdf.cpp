@@ -196,10 +196,11 @@ struct LocalView {
 };
 
 // Each lobe's share of the samples into `weights`; returns their sum.
-float selectionWeights(const Lobe* lobes, int count, const LocalView& view, float* weights) {
+float selectionWeights(const Bsdf& bsdf, const LocalView& view, float* weights) {
+    const int count = bsdf.lobeCount();
     float total = 0;
     for (int i = 0; i < count; ++i) {
-        weights[i] = std::max(0.0f, selectionWeight(lobes[i], view.toLobe(view.wo), view.eta(lobes[i])));
+        weights[i] = std::max(0.0f, selectionWeight(bsdf.lobe(i), view.toLobe(view.wo), view.eta(bsdf.lobe(i))));
         total += weights[i];
     }
     return total;
@@ -222,14 +223,14 @@ bool Bsdf::add(const Lobe& lobe) {
         !isFinite(lobe.edgeTint) || !std::isfinite(lobe.eta) || !(lobe.eta > 0) ||
         !std::isfinite(lobe.alphaX) || !std::isfinite(lobe.alphaY))
         return false;
-    lobes_[count_++] = lobe;
+    lobes_[count_++].lobe = lobe;
     return true;
 }
 
 void Bsdf::scaleAll(const Color& factor) {
     for (int i = 0; i < count_; ++i) {
-        lobes_[i].weight *= factor;
-        lobes_[i].transmission *= factor;
+        lobes_[i].lobe.weight *= factor;
+        lobes_[i].lobe.transmission *= factor;
     }
 }
 
@@ -245,11 +246,11 @@ Color Bsdf::evaluate(const Vec3& wo, const Vec3& wi, float* pdf) const {
     const LocalView view{woShading, woShading.z < 0};
     const Vec3 woLobe = view.toLobe(woShading), wiLobe = view.toLobe(wiShading);
     float weights[kMaxLobes];
-    const float total = selectionWeights(lobes_, count_, view, weights);
+    const float total = selectionWeights(*this, view, weights);
     Color value(0);
     for (int i = 0; i < count_; ++i) {
-        if (isDeltaKind(lobes_[i].kind)) continue;
-        const LobeValue lobe = evaluateLobe(lobes_[i], woLobe, wiLobe, view.eta(lobes_[i]));
+        if (isDeltaKind(lobes_[i].lobe.kind)) continue;
+        const LobeValue lobe = evaluateLobe(lobes_[i].lobe, woLobe, wiLobe, view.eta(lobes_[i].lobe));
         value += lobe.value;
         if (total > 0) *pdf += weights[i] / total * lobe.pdf;
     }
@@ -263,7 +264,7 @@ bool Bsdf::sample(const Vec3& wo, float u0, float u1, float u2, BsdfSample* out)
     const Vec3 woLobe = view.toLobe(woShading);
 
     float weights[kMaxLobes];
-    const float total = selectionWeights(lobes_, count_, view, weights);
+    const float total = selectionWeights(*this, view, weights);
     if (!(total > 0)) return false;
     int chosen = -1;
     float below = 0;
@@ -277,7 +278,7 @@ bool Bsdf::sample(const Vec3& wo, float u0, float u1, float u2, BsdfSample* out)
     // The part of u0 that fell inside the chosen lobe's share, reused within the lobe.
     const float uc = std::clamp((u0 * total - below) / weights[chosen], 0.0f, 0.99999994f);
 
-    const Lobe& lobe = lobes_[chosen];
+    const Lobe& lobe = lobes_[chosen].lobe;
     LobeDirection direction;
     if (!sampleLobe(lobe, woLobe, view.eta(lobe), uc, u1, u2, &direction)) return false;
     const Vec3 wiShading = view.toLobe(direction.wi);
@@ -302,7 +303,7 @@ bool Bsdf::sample(const Vec3& wo, float u0, float u1, float u2, BsdfSample* out)
 
 bool Bsdf::isDelta() const {
     for (int i = 0; i < count_; ++i) {
-        if (!isDeltaKind(lobes_[i].kind)) return false;
+        if (!isDeltaKind(lobes_[i].lobe.kind)) return false;
     }
     return count_ > 0;
 }
@@ -310,7 +311,7 @@ bool Bsdf::isDelta() const {
 Color Bsdf::albedo() const {
     Color sum(0);
     for (int i = 0; i < count_; ++i) {
-        const Lobe& lobe = lobes_[i];
+        const Lobe& lobe = lobes_[i].lobe;
         switch (lobe.kind) {
         case LobeKind::Lambert:
         case LobeKind::LambertTransmit: sum += lobe.weight; break;

@@ -56,7 +56,7 @@ class Bsdf {
     // False when full or when the lobe's weights are not finite; the lobe is then dropped.
     bool add(const Lobe& lobe);
     int lobeCount() const { return count_; }
-    const Lobe& lobe(int i) const { return lobes_[i]; }
+    const Lobe& lobe(int i) const { return lobes_[i].lobe; }
     void scaleAll(const Color& factor);
 
     // Value times |cos(wi, n)| for non-delta lobes, and the pdf of sampling wi.
@@ -72,7 +72,13 @@ class Bsdf {
   private:
     Frame frame_ = Frame::around(Vec3(0, 0, 1));
     Vec3 geometricNormal_{0, 0, 1};
-    Lobe lobes_[kMaxLobes];
+    // Slots that are filled only as lobes are added: a Bsdf is made at every hit, and most use
+    // one or two of its eight places.
+    union Slot {
+        Slot() {}
+        Lobe lobe;
+    };
+    Slot lobes_[kMaxLobes];
     int count_ = 0;
 };
 

@@ -92,6 +92,12 @@ struct CompiledMaterial {
     TexturedScalar bumpScale{1};
     int32_t normalMap = -1;    // tangent-space normals, x and y scaled by normalStrength
     float normalStrength = 1;
+
+    // What the material and those it refers to can do, known once the set is finished, so that
+    // a hit asks it without walking the references again.
+    struct Reach {
+        bool emissive = false, passable = false, hiddenFromCamera = false;
+    } reach;
 };
 
 } // namespace preview

@@ -67,11 +67,18 @@ struct MaterialSet::Impl {
     TemperatureColor temperature = nullptr;
     std::map<int32_t, CompiledMaterial> materials;
     std::set<int32_t> reportedTypes;
+    // After finish: the materials of ids 0 to size - 1 by index (ids are small and dense in
+    // practice), and each material's reach worked out.
+    std::vector<const CompiledMaterial*> byIndex;
+    bool finished = false;
 
     const CompiledMaterial* find(int32_t id) const {
+        if (id >= 0 && static_cast<size_t>(id) < byIndex.size()) return byIndex[static_cast<size_t>(id)];
         const auto it = materials.find(id);
         return it == materials.end() ? nullptr : &it->second;
     }
+    CompiledMaterial::Reach reach(int32_t id) const;
+    void index();
 
     Bsdf bsdf(int32_t id, ShadingContext at, const TexMapLookup& maps, float u, int depth) const;
     Color emission(int32_t id, const ShadingContext& at, const TexMapLookup& maps, int depth) const;
@@ -285,6 +292,34 @@ void MaterialSet::finish(const WarningSink& warn) {
         if (state[entry.first] == 0) impl_->breakCycles(entry.first, state, &broken);
     }
     if (broken > 0) warn(kReferenceWarning);
+    impl_->index();
+}
+
+CompiledMaterial::Reach MaterialSet::Impl::reach(int32_t id) const {
+    const CompiledMaterial* m = find(id);
+    if (finished) return m ? m->reach : CompiledMaterial::Reach{};
+    CompiledMaterial::Reach reach;
+    reach.emissive = anyReached(id, [](const CompiledMaterial& c) {
+        return c.emission.present && !isBlack(c.emission.color.value) && c.emission.intensity.value > 0;
+    }, 0);
+    reach.passable =
+        anyReached(id, [](const CompiledMaterial& c) { return c.shape == MaterialShape::Null || c.hasOpacity; }, 0);
+    reach.hiddenFromCamera = anyReached(
+        id, [](const CompiledMaterial& c) { return c.shape == MaterialShape::Emitter && !c.emission.visible; }, 0);
+    return reach;
+}
+
+void MaterialSet::Impl::index() {
+    finished = false;
+    for (auto& [id, material] : materials) material.reach = reach(id);
+    constexpr int32_t kLargestIndexed = 1 << 20;
+    byIndex.clear();
+    for (const auto& [id, material] : materials)
+        if (id >= 0 && id < kLargestIndexed && static_cast<size_t>(id) >= byIndex.size())
+            byIndex.resize(static_cast<size_t>(id) + 1, nullptr);
+    for (const auto& [id, material] : materials)
+        if (id >= 0 && static_cast<size_t>(id) < byIndex.size()) byIndex[static_cast<size_t>(id)] = &material;
+    finished = true;
 }
 
 Bsdf MaterialSet::bsdfAt(int32_t id, const ShadingContext& at, const TexMapLookup& maps, float u) const {
@@ -295,20 +330,11 @@ Color MaterialSet::emission(int32_t id, const ShadingContext& at, const TexMapLo
     return impl_->emission(id, at, maps, 0);
 }
 
-bool MaterialSet::isEmissive(int32_t id) const {
-    return impl_->anyReached(
-        id, [](const CompiledMaterial& m) { return m.emission.present && !isBlack(m.emission.color.value) && m.emission.intensity.value > 0; }, 0);
-}
+bool MaterialSet::isEmissive(int32_t id) const { return impl_->reach(id).emissive; }
 
-bool MaterialSet::isCameraVisible(int32_t id) const {
-    return !impl_->anyReached(
-        id, [](const CompiledMaterial& m) { return m.shape == MaterialShape::Emitter && !m.emission.visible; }, 0);
-}
+bool MaterialSet::isCameraVisible(int32_t id) const { return !impl_->reach(id).hiddenFromCamera; }
 
-bool MaterialSet::mayPassRays(int32_t id) const {
-    return impl_->anyReached(
-        id, [](const CompiledMaterial& m) { return m.shape == MaterialShape::Null || m.hasOpacity; }, 0);
-}
+bool MaterialSet::mayPassRays(int32_t id) const { return impl_->reach(id).passable; }
 
 float MaterialSet::passThrough(int32_t id, const ShadingContext& at, const TexMapLookup& maps) const {
     return impl_->passThrough(id, at, maps, 0);
