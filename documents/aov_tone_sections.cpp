@@ -6,11 +6,11 @@
 #include <cstdio>
 #include <cstring>
 
+const char* const kToneOperatorWords[] = {"EDITOR", "REINHARD", "ACES", "FILMIC", "DISABLED", nullptr};
+
 namespace {
 
 // ---- ToneOperator ------------------------------------------------------------------------------
-
-constexpr const char* const kOperatorWords[] = {"EDITOR", "REINHARD", "ACES", "FILMIC", "DISABLED", nullptr};
 
 // Offsets are within the tone operator block.
 constexpr SettingField kToneFields[] = {
@@ -44,7 +44,7 @@ constexpr SettingField kToneFields[] = {
     intSetting("GlareFromCamera", 0x74),
     intSetting("GlareNrays", 0x78),
     floatSetting("GlareAngle", 0x7C),
-    enumSetting("OperatorType", 0x80, kOperatorWords),
+    enumSetting("OperatorType", 0x80, kToneOperatorWords),
     floatSetting("ReinhardFactor", 0x84),
     floatSetting("Filmic_toeStrength", 0x88),
     floatSetting("Filmic_toeLength", 0x8C),

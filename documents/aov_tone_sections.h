@@ -5,6 +5,9 @@
 
 #include <pugixml.hpp>
 
+// Words of the tone operator by OperatorType, then the null end.
+extern const char* const kToneOperatorWords[];
+
 // Fills the block from ToneOperator under `root`. Without that element (or without a root)
 // nothing changes at all; with it, every key is read, an absent Apply switch is 0, an absent
 // curve leaves its slot alone, and an absent LUTPath is cleared.
