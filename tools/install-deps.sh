@@ -1,7 +1,7 @@
 #!/bin/sh
 # Installs the Debian packages that the build and the tests need, only those that are missing.
 set -eu
-packages="cmake g++ clang libclang-rt-14-dev make pkg-config libgtest-dev libgmock-dev libbenchmark-dev libpugixml-dev libzstd-dev zstd libembree-dev libtbb-dev libopenimageio-dev openimageio-tools embree-tools"
+packages="cmake g++ clang libclang-rt-14-dev make pkg-config libgtest-dev libgmock-dev libbenchmark-dev libpugixml-dev libzstd-dev zstd libembree-dev libtbb-dev libopenimageio-dev openimageio-tools embree-tools libassimp-dev assimp-testmodels"
 missing=""
 for p in $packages; do
     dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing="$missing $p"
