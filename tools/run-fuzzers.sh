@@ -10,7 +10,7 @@ build=$1
 seconds=$2
 corpus=$3
 parallel=${4:-1}
-targets="scene_load material_document texmap_document camera_document settings_document spectrum_table"
+targets="scene_load preview_scene material_document texmap_document camera_document settings_document spectrum_table"
 logs="$build/fuzz-logs"
 mkdir -p "$logs"
 
@@ -18,7 +18,7 @@ run_one() {
     target=$1
     # A scene of several packed records outgrows the seeds, which libFuzzer would take as the limit.
     longest=""
-    [ "$target" = scene_load ] && longest=-max_len=65536
+    case "$target" in scene_load | preview_scene) longest=-max_len=65536 ;; esac
     mkdir -p "$corpus/$target" "$build/artifacts/$target"
     "$build/bin/fuzz_$target" -max_total_time="$seconds" -rss_limit_mb=512 -timeout=5 -close_fd_mask=1 \
         -print_final_stats=1 -dict="$build/fuzz/dict/$target.dict" $longest \

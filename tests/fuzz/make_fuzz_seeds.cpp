@@ -15,6 +15,7 @@
 #include "documents/xml_value_codec.h"
 #include "scene/records.h"
 #include "tools/scene_writer/geometry_builders.h"
+#include "tools/scene_writer/preview_builders.h"
 #include "tools/scene_writer/record_builders.h"
 
 #include <pugixml.hpp>
@@ -237,8 +238,41 @@ SceneFile everyChunk(MakeChunk small) {
     return scene;
 }
 
-void writeSceneSeeds() {
-    const char* target = "scene_load";
+// A scene as the preview engine reads it, lit and seen, with every kind of model.
+SceneFile litScene() {
+    SceneFile scene;
+    scene.add(packed(kSettings, settingsBody(smallSettings()), 100));
+    scene.add(packed(kCamera, perspectiveCamera(50), 100));
+    scene.add(stored(kCameraPath, cameraPathBody(lookAt({0, 1, 3}, {0, 0, 0})), 100));
+    TextureDataPlan texture;
+    texture.width = texture.height = 2;
+    texture.pixels = Bytes(16, 200);
+    scene.add(packed(kTextureData, textureDataBody(texture), 100));
+    scene.add(packed(kTexMap, TexMapBuilder("IMAGE", 0, "image").texture("Texture", 0).body(), 100));
+    scene.add(packed(kMaterial, MaterialBuilder("DIFFUSE", 0, "matte").texMap("FrontMap", 0).body(), 100));
+    scene.add(packed(kMaterial,
+                     MaterialBuilder("ROUGHDIELECTRIC", 1, "glass").real("IOR/IOR_Value", 1.5f).body(), 100));
+    scene.add(packed(kMaterial, MaterialBuilder("LAMBERTIANEMISSION", 2, "lamp").real("IntensityValue", 3).body(),
+                     100));
+    for (int32_t type : {4, 9, 3}) {
+        LightPlan light;
+        light.type = type;
+        light.position = {0, 2, 0};
+        scene.add(packed(kLight, lightImage(light), lightVersion(type)));
+        scene.add(stored(kLightPath, lightPathBody(lightPath(light)), 100));
+    }
+    scene.add(packed(kTriangleMesh, meshBody(sphereMesh("ball", {0, 0.5f, 0}, 0.5f, 6, 8, 1)), 100));
+    scene.add(packed(kTriangleMesh, meshBody(quadMesh("floor", {-2, 0, 2}, {4, 0, 0}, {0, 0, -4}, 0)), 100));
+    scene.add(packed(kTriangleMesh, meshBody(quadMesh("panel", {-0.5f, 1.9f, -0.5f}, {1, 0, 0}, {0, 0, 1}, 2)), 100));
+    scene.add(packed(kFur, furBody(cloudModel("hair", {furCurve({Vec4f{0, 0, 0, 0.01f}, Vec4f{0, 0.3f, 0, 0.01f},
+                                                                Vec4f{0.1f, 0.6f, 0, 0.01f}, Vec4f{0.2f, 0.8f, 0, 0.01f}},
+                                                               0)})),
+                     100));
+    scene.add(packed(kSprites, spriteBody(cloudModel("dots", {spriteDisc({1, 0.2f, 0}, {0, 0, 1}, 0.2f, 0)})), 100));
+    return scene;
+}
+
+void writeSceneSeeds(const char* target) {
     writeSeed(target, "every_chunk_packed.tavi", everyChunk(packed).build());
     writeSeed(target, "every_chunk_stored.tavi", everyChunk(stored).build());
 
@@ -289,10 +323,10 @@ void writeSceneSeeds() {
     settingsOnly.add(packed(kSettings, settingsBody(smallSettings()), 100));
     writeSeed(target, "settings_only.tavi", settingsOnly.build());
     writeSeed(target, "no_chunks.tavi", SceneFile().build());
+    writeSeed(target, "lit_scene.tavi", litScene().build());
 }
 
-void writeSceneDictionary() {
-    const char* target = "scene_load";
+void writeSceneDictionary(const char* target) {
     Dictionary dictionary;
     SceneFile header;
     dictionary.add(header.magic);
@@ -559,8 +593,11 @@ int main(int argc, char** argv) {
         return 2;
     }
     gOut = argv[1];
-    writeSceneSeeds();
-    writeSceneDictionary();
+    // Both scene targets read the same files: the load alone, and the load into the preview engine.
+    for (const char* target : {"scene_load", "preview_scene"}) {
+        writeSceneSeeds(target);
+        writeSceneDictionary(target);
+    }
     writeMaterialSeeds();
     writeTexMapSeeds();
     writeCameraSeeds();
