@@ -45,7 +45,7 @@ Vec3 transformedDirection(const aiMatrix4x4& m, const aiVector3D& d) {
 
 } // namespace
 
-std::optional<CameraView> fileCamera(const aiScene& scene, bool halfAngles) {
+std::optional<CameraView> fileCamera(const aiScene& scene) {
     if (scene.mNumCameras == 0) return std::nullopt;
     const aiCamera& camera = *scene.mCameras[0];
     const aiMatrix4x4 world = worldTransform(nodeNamed(scene, camera.mName));
@@ -57,8 +57,7 @@ std::optional<CameraView> fileCamera(const aiScene& scene, bool halfAngles) {
     if (camera.mOrthographicWidth > 0) {
         view.orthographicWidth = 2 * camera.mOrthographicWidth;
     } else if (camera.mHorizontalFOV > 0) {
-        const float full = halfAngles ? 2 * camera.mHorizontalFOV : camera.mHorizontalFOV;
-        view.fovXDegrees = std::min(full * 180 / kPi, 179.0f);
+        view.fovXDegrees = std::min(camera.mHorizontalFOV * 180 / kPi, 179.0f);
     }
     return view;
 }

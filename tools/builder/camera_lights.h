@@ -12,11 +12,11 @@
 
 namespace builder {
 
-// The first camera of the file, in world space. `halfAngles` says that the importer gave the
-// field of view as the half angle from the axis (glTF), not the full one.
-std::optional<CameraView> fileCamera(const aiScene& scene, bool halfAngles);
-// Point, spot and directional lights; other kinds go to `notes`. `halfAngles` as for cameras,
-// for the spot cones.
+// The first camera of the file, in world space. Whatever assimp's header says, its importers
+// give the full horizontal angle (a glTF camera of yfov 0.7 and aspect 1 comes as 0.7).
+std::optional<CameraView> fileCamera(const aiScene& scene);
+// Point, spot and directional lights; other kinds go to `notes`. `halfAngles` says that the
+// importer passed the spot cones on as angles from the axis (glTF's), not as full cones.
 std::vector<PointLight> fileLights(const aiScene& scene, bool halfAngles, std::vector<std::string>& notes);
 
 // The side a view looks from: front, back, left, right, top, bottom, iso, or "x,y,z" (the

@@ -140,12 +140,23 @@ int32_t TextureTable::external(const std::string& path, std::vector<std::string>
     std::string generic = path;
     std::replace(generic.begin(), generic.end(), '\\', '/');
     fs::path file = fs::path(generic);
-    if (file.is_relative()) file = fs::path(modelFolder_) / file;
+    // A path of another machine ("D:/work/wood.jpg") names nothing here.
+    const bool foreign = generic.size() > 1 && generic[1] == ':';
+    if (file.is_relative() && !foreign) file = fs::path(modelFolder_) / file;
     file = fs::absolute(file).lexically_normal();
     std::error_code error;
-    if (!fs::exists(file, error)) notes.push_back("texture file not found: " + file.string());
-    const fs::path relative = file.lexically_relative(fs::absolute(sceneFolder_).lexically_normal());
-    const std::string scenePath = relative.empty() ? file.generic_string() : relative.generic_string();
+    std::string scenePath;
+    const fs::path beside = fs::absolute(fs::path(modelFolder_) / file.filename()).lexically_normal();
+    // Models often travel with their images beside them whatever the path says.
+    if (!fs::exists(file, error) && fs::exists(beside, error)) file = beside;
+    if (fs::exists(file, error)) {
+        const fs::path relative = file.lexically_relative(fs::absolute(sceneFolder_).lexically_normal());
+        scenePath = relative.empty() ? file.generic_string() : relative.generic_string();
+    } else {
+        // The file name alone, which the engine looks for in the client's -textures folders.
+        notes.push_back("texture file not found: " + generic);
+        scenePath = file.filename().generic_string();
+    }
     if (auto found = byPath_.find(scenePath); found != byPath_.end()) return found->second;
     TextureSource source;
     source.sceneRelPath = scenePath;

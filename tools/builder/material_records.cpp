@@ -66,7 +66,7 @@ Bytes diffuse(const Surface& s, int32_t id) {
 
 Bytes conductor(const Surface& s, int32_t id) {
     return scene_writer::MaterialBuilder("ROUGHCONDUCTOR", id, s.name)
-        .color("ReflectionColor", rgb(s.colour))
+        .color("Reflection/ReflectionColor", rgb(s.colour))
         .real("Reflection/ReflectionWeight", 1)
         .color("ReflectionEdge/EdgeColor", {1, 1, 1})
         .real("ReflectionEdge/EdgeWeight", 1)

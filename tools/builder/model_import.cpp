@@ -107,7 +107,7 @@ bool importModel(const ImportRequest& request, ImportedModel& model, std::string
     const aiScene* scene = importer.ReadFile(request.input, kImportSteps);
     if (!scene || !scene->mRootNode || (scene->mFlags & AI_SCENE_FLAGS_INCOMPLETE)) {
         error = importer.GetErrorString();
-        if (error.empty()) error = "the importer gave no scene";
+        if (error.empty()) error = scene ? "the file holds no meshes" : "the importer gave no scene";
         return false;
     }
     const bool halfAngles = hasGltfExtension(request.input);
@@ -116,7 +116,7 @@ bool importModel(const ImportRequest& request, ImportedModel& model, std::string
     collectSurfaces(*scene, request, model);
     // A file without materials still gets the default one that every mesh index 0 names.
     if (model.surfaces.empty()) model.surfaces.push_back(Surface{"default", SurfaceKind::Diffuse});
-    model.camera = fileCamera(*scene, halfAngles);
+    model.camera = fileCamera(*scene);
     model.lights = fileLights(*scene, halfAngles, model.notes);
     RecordNames lightNames;
     for (size_t i = 0; i < model.lights.size(); ++i)
