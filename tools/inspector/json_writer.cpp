@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 
 namespace inspector {
 
@@ -83,6 +84,18 @@ JsonWriter& JsonWriter::value(double number) {
     separate();
     char text[32];
     std::snprintf(text, sizeof text, "%.9g", number);
+    out_ += text;
+    return *this;
+}
+
+JsonWriter& JsonWriter::value(float number) {
+    if (!std::isfinite(number)) return null();
+    separate();
+    char text[32];
+    for (int digits = 6; digits <= 9; ++digits) {
+        std::snprintf(text, sizeof text, "%.*g", digits, double(number));
+        if (std::strtof(text, nullptr) == number) break;
+    }
     out_ += text;
     return *this;
 }

@@ -24,7 +24,8 @@ class JsonWriter {
     JsonWriter& value(uint64_t number);
     // Not-a-number and the infinities have no JSON form and are written as null.
     JsonWriter& value(double number);
-    JsonWriter& value(float number) { return value(double(number)); }
+    // The shortest digits that read back as the same float.
+    JsonWriter& value(float number);
     JsonWriter& value(bool flag);
     JsonWriter& null();
 

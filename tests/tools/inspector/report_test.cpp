@@ -152,8 +152,9 @@ TEST(JsonWriter, EscapesWhatJsonMustEscape) {
     for (const auto& c : cases)
         EXPECT_EQ(jsonString(c.in), c.out);
     JsonWriter json;
-    json.beginObject().key("n").value(std::nan("")).key("list").beginArray().value(1).value(true).endArray();
-    EXPECT_EQ(json.endObject().text(), "{\"n\":null,\"list\":[1,true]}");
+    json.beginObject().key("n").value(std::nan("")).key("list").beginArray().value(1).value(true);
+    json.value(0.4f).value(1.0f / 3).endArray();
+    EXPECT_EQ(json.endObject().text(), "{\"n\":null,\"list\":[1,true,0.4,0.33333334]}");
 }
 
 TEST(JsonReport, ParsesAndCarriesTheInventory) {
