@@ -16,6 +16,7 @@ namespace {
 
 Bytes settingsRecord(const BuildOptions& options, const std::string& outputName) {
     SettingsPlan plan;
+    plan.readerDefaults = true;
     plan.imageSizeX = options.width;
     plan.imageSizeY = options.height;
     plan.maxIterations = options.passes;

@@ -98,6 +98,7 @@ SceneFile exampleScene() {
     SceneFile scene;
 
     SettingsPlan settings;
+    settings.readerDefaults = true;
     settings.imageSizeX = 480;
     settings.imageSizeY = 270;
     settings.maxIterations = 64;

@@ -1,6 +1,11 @@
 #include "tools/scene_writer/record_builders.h"
 
+#include "scene/records.h"
+#include "scene/scene_readers.h"
+
 #include <algorithm>
+#include <cstring>
+#include <memory>
 
 namespace scene_writer {
 
@@ -86,6 +91,11 @@ Bytes phxDataBody(const PhxDataPlan& plan) {
 
 Bytes settingsBody(const SettingsPlan& plan) {
     Bytes image(kSettingsImage, 0);
+    if (plan.readerDefaults) {
+        const auto defaults = std::make_unique<SettingsRecord>();
+        initSettings(*defaults);
+        std::memcpy(image.data(), defaults.get(), sizeof(SettingsRecord));
+    }
     put32(image, 0x8, static_cast<uint32_t>(plan.maxIterations));
     put32(image, 0x84B0, static_cast<uint32_t>(plan.imageSizeX));
     put32(image, 0x84B4, static_cast<uint32_t>(plan.imageSizeY));

@@ -91,8 +91,11 @@ struct SettingsPlan {
     int32_t regionX = 0, regionY = 0, regionSizeX = 0, regionSizeY = 0;
     int32_t maxThreads = 0; // 0: every processor
     int32_t frameNumber = 0, framesPerSecond = 0;
+    // Start from the values a scene reader gives a new record (depth, clamps, adaptation ...)
+    // rather than from zeros: what a scene meant for users carries.
+    bool readerDefaults = false;
 };
-// A zero image with the plan's fields set.
+// A zero image (or the reader's defaults) with the plan's fields set.
 Bytes settingsBody(const SettingsPlan& plan);
 
 // ---- Cameras and lights ------------------------------------------------------------------------

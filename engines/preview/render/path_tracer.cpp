@@ -92,6 +92,15 @@ float transmittance(const SceneView& scene, const ShadingContext& from, const Ve
     return 0;
 }
 
+// Light that reached the camera over more than one surface is capped, as the settings ask: a
+// rare path that finds a small bright light through a glossy bounce would otherwise stand out
+// as a white speck for hundreds of passes.
+Color capped(const SceneView& scene, int bounce, const Color& contribution) {
+    if (bounce == 0 || !(scene.clampIndirect > 0)) return contribution;
+    const float largest = maxComponent(contribution);
+    return largest > scene.clampIndirect ? contribution * (scene.clampIndirect / largest) : contribution;
+}
+
 } // namespace
 
 PathSample tracePath(const SceneView& scene, Ray ray, Sampler& sampler) {
@@ -109,7 +118,7 @@ PathSample tracePath(const SceneView& scene, Ray ray, Sampler& sampler) {
             float pdf = 0;
             const Color seen = scene.lights.environment(ray.direction, &pdf);
             const float weight = previousDelta ? 1.0f : powerHeuristic(previousPdf, pdf);
-            result.radiance += carried * seen * weight;
+            result.radiance += capped(scene, bounce, carried * seen * weight);
             break;
         }
         Surface surface = surfaceAt(scene, hit, ray);
@@ -134,10 +143,10 @@ PathSample tracePath(const SceneView& scene, Ray ray, Sampler& sampler) {
                                       ? scene.lights.emittedByDisc(hit.set, hit.prim, at, previousPoint, &pdf)
                                       : scene.lights.emittedByMesh(hit.set, hit.prim, at, previousPoint, &pdf);
             const float weight = previousDelta ? 1.0f : powerHeuristic(previousPdf, pdf);
-            result.radiance += carried * emitted * weight;
+            result.radiance += capped(scene, bounce, carried * emitted * weight);
         } else if (scene.materials.isEmissive(surface.material)) {
             // Emitting curves and discs are not light sources of their own: seen, never sampled.
-            result.radiance += carried * scene.materials.emission(surface.material, at, scene.maps);
+            result.radiance += capped(scene, bounce, carried * scene.materials.emission(surface.material, at, scene.maps));
         }
         if (surface.lightShape || bounce >= scene.maxDepth) break;
 
@@ -155,7 +164,8 @@ PathSample tracePath(const SceneView& scene, Ray ray, Sampler& sampler) {
                     const float visible = transmittance(scene, at, light.wi, light.distance, &result.rays);
                     if (visible > 0) {
                         const float weight = light.delta ? 1.0f : powerHeuristic(light.pdf, bsdfPdf);
-                        result.radiance += carried * value * light.radiance * (visible * weight / light.pdf);
+                        result.radiance +=
+                            capped(scene, bounce, carried * value * light.radiance * (visible * weight / light.pdf));
                     }
                 }
             }

@@ -19,6 +19,7 @@ struct SceneView {
     int32_t maxDepth = 10;          // surface interactions after the first
     int32_t rouletteStartDepth = 3; // bounces before Russian roulette may end a path
     bool anyPassable = false;       // whether shadow rays must look at what they meet
+    float clampIndirect = 0;        // the largest channel an indirect contribution may have; 0: none
 };
 
 struct PathSample {

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 
 namespace preview {
@@ -108,7 +109,8 @@ int32_t PreviewScene::render(ITaviRenderCallback* callback) {
     const int32_t maxDepth = settings.MaxDepth > 0 ? std::min(settings.MaxDepth, 1024) : 10;
     const int32_t rouletteStart =
         settings.RussianRouletteStartDepth > 0 ? std::min(settings.RussianRouletteStartDepth, 1024) : 3;
-    const SceneView view{accelerator, geometry_, materials_, maps_, lights_, maxDepth, rouletteStart, anyPassable};
+    const float clamp = std::isfinite(settings.ClampIndirect) ? std::max(settings.ClampIndirect, 0.0f) : 0.0f;
+    const SceneView view{accelerator, geometry_, materials_, maps_, lights_, maxDepth, rouletteStart, anyPassable, clamp};
 
     Film film(settings.ImageSizeX, settings.ImageSizeY, regionOf(settings));
     const OutputPlan plan = planOutput(settings, animated_ || geometry_.animated());
