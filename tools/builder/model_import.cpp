@@ -1,6 +1,7 @@
 #include "tools/builder/model_import.h"
 
 #include "tools/builder/camera_lights.h"
+#include "tools/builder/crease_normals.h"
 #include "tools/builder/material_mapping.h"
 #include "tools/builder/record_names.h"
 
@@ -18,8 +19,9 @@ namespace builder {
 namespace {
 
 // Points and lines are dropped by the sort; every mesh left holds triangles only.
-constexpr unsigned kImportSteps = aiProcess_Triangulate | aiProcess_GenSmoothNormals |
-                                  aiProcess_JoinIdenticalVertices | aiProcess_SortByPType |
+// Missing normals are made here (crease_normals.h), not by the importer, whose smoothing sees
+// the vertices a file shares between faces and can't keep a box's edges.
+constexpr unsigned kImportSteps = aiProcess_Triangulate | aiProcess_JoinIdenticalVertices | aiProcess_SortByPType |
                                   aiProcess_ValidateDataStructure;
 
 bool hasGltfExtension(const std::string& path) {
@@ -60,6 +62,7 @@ ModelGeometry instanceOf(const aiMesh& mesh, const aiMatrix4x4& world, const std
         const unsigned b = mirrored ? 2 : 1, c = mirrored ? 1 : 2;
         model.indices.insert(model.indices.end(), {face.mIndices[0], face.mIndices[b], face.mIndices[c]});
     }
+    if (model.normals.empty()) giveCreaseNormals(model);
     return model;
 }
 
