@@ -102,7 +102,12 @@ TEST(ModelRender, InspectsWithTheSourcesCountsAndRendersAPicture) {
 
         ASSERT_EQ(picture.width, 48);
         ASSERT_EQ(picture.height, 36);
-        EXPECT_GT(picture.mean(0) + picture.mean(1) + picture.mean(2), 0.03f) << "a picture, not black";
+        // A file with a light of its own gets no sky, so the background may be black: the model
+        // must show in a fair share of the pixels.
+        size_t lit = 0;
+        for (size_t i = 0; i < picture.rgb.size(); i += 3)
+            lit += picture.rgb[i] + picture.rgb[i + 1] + picture.rgb[i + 2] > 0.01f;
+        EXPECT_GT(lit, picture.rgb.size() / 3 / 50) << "a picture, not black";
     }
 }
 
