@@ -1,5 +1,5 @@
-// Writes scene files for tests and examples: the file header, chunks placed anywhere and
-// linked in any order, stored or zstd bodies, and fields broken on purpose.
+// Writes scene files for tavi-build, the example scene and the tests: the file header, chunks
+// placed anywhere and linked in any order, stored or zstd bodies, and fields broken on purpose.
 #pragma once
 #include <cstddef>
 #include <cstdint>
