@@ -1,6 +1,7 @@
 // Whole pages straight from the operating system, committed and zeroed.
 #pragma once
 #include <cstddef>
+#include <cstdint>
 
 namespace platform {
 
@@ -16,5 +17,9 @@ void releasePages(void* base, size_t bytes);
 // what is claimed already.
 bool claimMemory(size_t bytes);
 void unclaimMemory(size_t bytes);
+
+// Bytes of physical memory the machine holds: the allowance that claims are measured against.
+// UINT64_MAX when the system does not tell.
+uint64_t physicalMemory();
 
 } // namespace platform

@@ -10,10 +10,10 @@
 // that a read past its end is reported wherever the engine makes it.
 #include "scene/geometry_objects.h"
 
+#include "platform/aligned_blocks.h"
 #include "platform/pages.h"
 
 #include <atomic>
-#include <cstdlib>
 #include <cstring>
 
 #if TAVI_SANITIZER_BLOCKS
@@ -53,11 +53,11 @@ void* allocateSliceArray(size_t size) {
         head.mapped = total;
     } else {
         // Under the sanitizers the machine's memory is claimed as page runs claim it, so that
-        // what it cannot hold fails here too. aligned_alloc wants a whole number of alignment
+        // what it cannot hold fails here too. An aligned block wants a whole number of alignment
         // units, which `total` is.
         if (kSanitizerBlocks && !platform::claimMemory(total)) return nullptr;
         head.claimed = kSanitizerBlocks ? total : 0;
-        base = std::aligned_alloc(kSliceAlignment, total);
+        base = platform::allocateAligned(kSliceAlignment, total);
         if (!base && head.claimed) platform::unclaimMemory(total);
     }
     if (!base) return nullptr;
@@ -78,7 +78,7 @@ void freeSliceArray(void* block) {
         platform::releasePages(base, size_t(head.mapped));
         return;
     }
-    std::free(base);
+    platform::freeAligned(base);
     if (head.claimed) platform::unclaimMemory(size_t(head.claimed));
 }
 

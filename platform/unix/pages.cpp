@@ -3,7 +3,6 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <cstdint>
 
 namespace platform {
@@ -20,17 +19,6 @@ constexpr size_t kHugePage = size_t(2) << 20;
 
 // No address space holds a run longer than this; asking for more fails before any rounding.
 constexpr size_t kLongestRun = SIZE_MAX / 2;
-
-// Bytes claimed and not yet given back.
-std::atomic<uint64_t> gClaimedBytes{0};
-
-uint64_t physicalMemory() {
-    static const uint64_t bytes = [] {
-        const long pages = sysconf(_SC_PHYS_PAGES), size = sysconf(_SC_PAGESIZE);
-        return pages > 0 && size > 0 ? uint64_t(pages) * uint64_t(size) : UINT64_MAX;
-    }();
-    return bytes;
-}
 
 bool wantsHugePages(size_t bytes) { return bytes >= kHugePageRun; }
 
@@ -78,16 +66,12 @@ void releasePages(void* base, size_t bytes) {
     unclaimMemory(mappedLength(bytes));
 }
 
-bool claimMemory(size_t bytes) {
-    uint64_t claimed = gClaimedBytes.load(std::memory_order_relaxed);
-    do {
-        if (bytes > physicalMemory() || claimed > physicalMemory() - bytes) return false;
-    } while (!gClaimedBytes.compare_exchange_weak(claimed, claimed + bytes, std::memory_order_relaxed));
-    return true;
-}
-
-void unclaimMemory(size_t bytes) {
-    gClaimedBytes.fetch_sub(bytes, std::memory_order_relaxed);
+uint64_t physicalMemory() {
+    static const uint64_t bytes = [] {
+        const long pages = sysconf(_SC_PHYS_PAGES), size = sysconf(_SC_PAGESIZE);
+        return pages > 0 && size > 0 ? uint64_t(pages) * uint64_t(size) : UINT64_MAX;
+    }();
+    return bytes;
 }
 
 } // namespace platform
