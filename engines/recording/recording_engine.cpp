@@ -128,10 +128,12 @@ class RecordingEngine final : public ITaviTracer {
   public:
     int32_t initialise(const char16_t* libraryPath) override {
         std::string path = libraryPath ? utf16ToUtf8(libraryPath) : std::string();
-        size_t slash = path.find_last_of('/');
+        // The client passes the path as its platform spells it: with backslashes on Windows.
+        size_t slash = path.find_last_of("/\\");
         folder_ = slash == std::string::npos ? "." : path.substr(0, slash);
         script_ = readRecordingScript(folder_ + "/recording.script");
-        log_.open(folder_ + "/recording.log", std::ios::app);
+        // Binary, so that lines end in a line feed alone on every platform.
+        log_.open(folder_ + "/recording.log", std::ios::app | std::ios::binary);
         return record("initialise", "module=" + wide(libraryPath));
     }
     int32_t reserved1() override { return record("reserved1", ""); }
