@@ -4,7 +4,7 @@ SANITIZE_BUILD ?= build-sanitize
 CLANG_BUILD ?= build-clang
 JOBS ?= $(shell nproc)
 
-.PHONY: all deps build test test-main test-sanitize test-clang demo bench clean
+.PHONY: all deps build test test-main test-sanitize test-clang demo bench clean windows windows-deps test-windows
 
 all: build
 
@@ -63,5 +63,32 @@ demo: build
 bench: build
 	@for b in $(BUILD)/bench/*/*_bench; do echo "== $$b"; $$b; done
 
+# TaviClient.exe and the engine modules of its tests for 64-bit Windows, cross-compiled by
+# MinGW-w64 with pugixml and zstd built from Debian's sources (README: Windows).
+WINDOWS_BUILD ?= build-windows
+WINE ?= /usr/lib/wine/wine64
+WINDOWS_SOURCES = $(CURDIR)/$(WINDOWS_BUILD)/third-party
+
+windows-deps:
+	@tools/install-deps.sh windows
+
+windows: windows-deps
+	tools/windows-sources.sh $(WINDOWS_SOURCES)
+	cmake -S . -B $(WINDOWS_BUILD) -DCMAKE_TOOLCHAIN_FILE=cmake/mingw-w64-x86_64.cmake \
+	  -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTAVI_THIRD_PARTY_SOURCES=$(WINDOWS_SOURCES)
+	cmake --build $(WINDOWS_BUILD) -j$(JOBS)
+
+# The client's end-to-end tests, built for Linux, run the Windows client under wine in a wine
+# prefix of the build's own. The first wine start makes the prefix, before tests run side by side.
+WINDOWS_TESTS ?= ^client\.(CommandLineRun|GeometryLoad|LargeScene|LoadSequence|RegistryLoad|RenderRun|HostileScene)\.
+wine_env = WINEPREFIX=$(CURDIR)/$(WINDOWS_BUILD)/wine-prefix WINEDEBUG=-all
+
+test-windows: deps windows
+	cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo
+	cmake --build $(BUILD) -j$(JOBS) --target client_tests
+	$(wine_env) $(WINE) $(WINDOWS_BUILD)/bin/TaviClient.exe -version >/dev/null
+	$(wine_env) TAVI_TEST_WINDOWS_BUILD=$(CURDIR)/$(WINDOWS_BUILD) TAVI_TEST_WINE=$(WINE) \
+	  ctest --test-dir $(BUILD) --output-on-failure -j$(JOBS) -R '$(WINDOWS_TESTS)'
+
 clean:
-	rm -rf $(BUILD) $(SANITIZE_BUILD) $(CLANG_BUILD) $(FUZZ_BUILD)
+	rm -rf $(BUILD) $(SANITIZE_BUILD) $(CLANG_BUILD) $(FUZZ_BUILD) $(WINDOWS_BUILD)

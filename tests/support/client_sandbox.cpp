@@ -15,10 +15,40 @@
 
 namespace fs = std::filesystem;
 
-std::string recordingEnginePath() { return TAVI_RECORDING_ENGINE; }
+namespace {
+
+// With TAVI_TEST_WINDOWS_BUILD naming the folder of a Windows build (make windows), the
+// sandbox runs that build's TaviClient.exe under wine, beside that build's engine modules.
+// The preview engine has no Windows build; its path stays the Linux one.
+const char* windowsBuild() {
+    const char* folder = std::getenv("TAVI_TEST_WINDOWS_BUILD");
+    return folder && *folder ? folder : nullptr;
+}
+
+std::string windowsFile(const char* relative) { return std::string(windowsBuild()) + "/" + relative; }
+
+std::string wineExecutable() {
+    const char* wine = std::getenv("TAVI_TEST_WINE");
+    return wine && *wine ? wine : "/usr/lib/wine/wine64";
+}
+
+const char* clientFileName() { return windowsBuild() ? "TaviClient.exe" : "TaviClient"; }
+
+// The file name the client loads its engine by.
+const char* engineModuleName() { return windowsBuild() ? "TaviTracerAVX.dll" : "TaviTracerAVX.so"; }
+
+} // namespace
+
+std::string recordingEnginePath() {
+    return windowsBuild() ? windowsFile("engines/recording/TaviTracerAVX.dll") : TAVI_RECORDING_ENGINE;
+}
 std::string previewEnginePath() { return TAVI_PREVIEW_ENGINE; }
-std::string invalidEnginePath() { return TAVI_INVALID_ENGINE; }
-std::string clientExecutablePath() { return TAVI_CLIENT_EXECUTABLE; }
+std::string invalidEnginePath() {
+    return windowsBuild() ? windowsFile("engines/invalid/TaviTracerAVX.dll") : TAVI_INVALID_ENGINE;
+}
+std::string clientExecutablePath() {
+    return windowsBuild() ? windowsFile("bin/TaviClient.exe") : TAVI_CLIENT_EXECUTABLE;
+}
 
 namespace {
 
@@ -42,14 +72,22 @@ std::string drain(int fd) {
 // timeout, and shows as a signal in the exit status.
 constexpr rlim_t kProcessorSeconds = 120;
 
-[[noreturn]] void execClient(const std::string& executable, const std::vector<std::string>& arguments) {
+// The command line, from the program that is started: wine in front of a Windows client.
+std::vector<std::string> commandLine(const std::string& executable, const std::vector<std::string>& arguments) {
+    std::vector<std::string> line;
+    if (windowsBuild()) line.push_back(wineExecutable());
+    line.push_back(executable);
+    line.insert(line.end(), arguments.begin(), arguments.end());
+    return line;
+}
+
+[[noreturn]] void execClient(const std::vector<std::string>& line) {
     const rlimit processor{kProcessorSeconds, kProcessorSeconds};
     setrlimit(RLIMIT_CPU, &processor);
     std::vector<char*> argv;
-    argv.push_back(const_cast<char*>(executable.c_str()));
-    for (const std::string& a : arguments) argv.push_back(const_cast<char*>(a.c_str()));
+    for (const std::string& a : line) argv.push_back(const_cast<char*>(a.c_str()));
     argv.push_back(nullptr);
-    execv(executable.c_str(), argv.data());
+    execv(argv[0], argv.data());
     _exit(127);
 }
 
@@ -64,12 +102,15 @@ void waitFor(pid_t child, ClientRun& result) {
 
 ClientRun runExecutable(const std::string& executable, const std::vector<std::string>& arguments, bool onTerminal) {
     ClientRun result;
+    // Wine's own diagnostics would only fill the test log.
+    if (windowsBuild()) setenv("WINEDEBUG", "-all", 0);
+    const std::vector<std::string> line = commandLine(executable, arguments);
     const auto start = std::chrono::steady_clock::now();
     int fd = -1;
     pid_t child;
     if (onTerminal) {
         child = forkpty(&fd, nullptr, nullptr, nullptr);
-        if (child == 0) execClient(executable, arguments);
+        if (child == 0) execClient(line);
     } else {
         int pipeEnds[2];
         if (pipe(pipeEnds) != 0) throw std::runtime_error("pipe");
@@ -78,7 +119,7 @@ ClientRun runExecutable(const std::string& executable, const std::vector<std::st
             dup2(pipeEnds[1], STDOUT_FILENO);
             close(pipeEnds[0]);
             close(pipeEnds[1]);
-            execClient(executable, arguments);
+            execClient(line);
         }
         close(pipeEnds[1]);
         fd = pipeEnds[0];
@@ -98,16 +139,16 @@ void copyInto(const std::string& source, const std::string& folder, const std::s
 } // namespace
 
 ClientRun runClientCopy(const std::string& folder, const std::vector<std::string>& arguments) {
-    copyInto(clientExecutablePath(), folder, "TaviClient");
-    return runExecutable(folder + "/TaviClient", arguments, false);
+    copyInto(clientExecutablePath(), folder, clientFileName());
+    return runExecutable(folder + "/" + clientFileName(), arguments, false);
 }
 
 ClientSandbox::ClientSandbox(const std::string& enginePath) {
     std::string pattern = (fs::temp_directory_path() / "tavi-client-XXXXXX").string();
     if (!mkdtemp(pattern.data())) throw std::runtime_error("mkdtemp");
     folder_ = pattern;
-    copyInto(clientExecutablePath(), folder_, "TaviClient");
-    if (!enginePath.empty()) copyInto(enginePath, folder_, "TaviTracerAVX.so");
+    copyInto(clientExecutablePath(), folder_, clientFileName());
+    if (!enginePath.empty()) copyInto(enginePath, folder_, engineModuleName());
 }
 
 ClientSandbox::~ClientSandbox() {
@@ -134,5 +175,5 @@ std::vector<std::string> ClientSandbox::engineLog() const {
 }
 
 ClientRun ClientSandbox::run(const std::vector<std::string>& arguments, bool onTerminal) const {
-    return runExecutable(folder_ + "/TaviClient", arguments, onTerminal);
+    return runExecutable(folder_ + "/" + clientFileName(), arguments, onTerminal);
 }

@@ -1,4 +1,5 @@
-// Runs the real TaviClient executable in a folder of its own, beside a chosen engine module.
+// Runs the real TaviClient executable in a folder of its own, beside a chosen engine module;
+// with TAVI_TEST_WINDOWS_BUILD set, the Windows client of that build under wine.
 #pragma once
 #include <cstdint>
 #include <string>
