@@ -34,13 +34,17 @@ PreviewScene& PreviewTracer::scene() {
 }
 
 int32_t PreviewTracer::initialise(const char16_t*) {
-    return guarded([&] { scene_ = std::make_unique<PreviewScene>(); });
+    return guarded([&] {
+        threads_ = tbb::task_scheduler_handle{tbb::attach{}};
+        scene_ = std::make_unique<PreviewScene>();
+    });
 }
 
 int32_t PreviewTracer::shutdown(ITaviRenderCallback* callback) {
     return guarded([&] {
         if (scene_) scene_->warnings().flush(callback);
         scene_.reset();
+        if (threads_) tbb::finalize(threads_, std::nothrow);
     });
 }
 

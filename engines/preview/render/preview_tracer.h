@@ -5,6 +5,8 @@
 #include "bridge/tracer.h"
 #include "engines/preview/render/preview_scene.h"
 
+#include <tbb/global_control.h>
+
 #include <memory>
 
 namespace preview {
@@ -47,6 +49,9 @@ class PreviewTracer : public ITaviTracer {
     template <class Operation> int32_t guarded(Operation operation);
 
     std::unique_ptr<PreviewScene> scene_;
+    // The client unloads the module right after shutdown, and the thread pool's code with it:
+    // shutdown waits for the pool's threads to end first.
+    tbb::task_scheduler_handle threads_;
 };
 
 } // namespace preview
