@@ -32,12 +32,18 @@ std::string wineExecutable() {
     return wine && *wine ? wine : "/usr/lib/wine/wine64";
 }
 
-const char* clientFileName() { return windowsBuild() ? "TaviClient.exe" : "TaviClient"; }
+} // namespace
 
-// The file name the client loads its engine by.
+const char* clientFileName() { return windowsBuild() ? "TaviClient.exe" : "TaviClient"; }
 const char* engineModuleName() { return windowsBuild() ? "TaviTracerAVX.dll" : "TaviTracerAVX.so"; }
 
-} // namespace
+std::string clientSpelling(const std::string& path) {
+    if (!windowsBuild()) return path;
+    std::string spelled = "Z:" + path;
+    for (char& c : spelled)
+        if (c == '/') c = '\\';
+    return spelled;
+}
 
 std::string recordingEnginePath() {
     return windowsBuild() ? windowsFile("engines/recording/TaviTracerAVX.dll") : TAVI_RECORDING_ENGINE;

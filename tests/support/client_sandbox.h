@@ -5,6 +5,13 @@
 #include <string>
 #include <vector>
 
+// A path of this machine as the client under test sees it: unchanged on Linux; under wine, on
+// the drive that wine maps to the root of the file system, with backslashes.
+std::string clientSpelling(const std::string& path);
+// The file names of the client and of the engine module it loads, on the platform under test.
+const char* clientFileName();
+const char* engineModuleName();
+
 struct ClientRun {
     int exitStatus = -1; // as the shell sees it: 0..255
     std::string output;  // standard output, raw bytes
@@ -22,6 +29,8 @@ class ClientSandbox {
 
     const std::string& folder() const { return folder_; }
     std::string path(const std::string& name) const { return folder_ + "/" + name; }
+    // The path of `name` in the folder as the client under test spells it.
+    std::string clientPath(const std::string& name) const { return clientSpelling(path(name)); }
     void writeFile(const std::string& name, const std::string& content) const;
     std::string readFile(const std::string& name) const;
     // The engine's log, one entry per line.
