@@ -1,6 +1,7 @@
 # The Windows build: TaviClient.exe and the engine modules that its end-to-end tests load
-# (the recording engine and a module without the tracer). The preview engine, the tools, the
-# tests and the benchmarks need libraries that Debian builds for Linux only.
+# (the recording engine, a module without the tracer and, with clang, one built for the
+# Microsoft C++ ABI). The preview engine, the tools, the tests and the benchmarks need
+# libraries that Debian builds for Linux only.
 #
 # pugixml and zstd are compiled here from their sources (tools/windows-sources.sh unpacks
 # Debian's), as static libraries under the names the Linux build finds them by.
@@ -44,6 +45,15 @@ add_subdirectory(scene)
 add_subdirectory(documents)
 add_subdirectory(client)
 add_subdirectory(engines/recording)
+
+# An engine for the Microsoft C++ ABI, where clang and lld-link are there to build it.
+find_program(TAVI_CLANG_CXX clang++)
+find_program(TAVI_LLD_LINK lld-link)
+if(TAVI_CLANG_CXX AND TAVI_LLD_LINK)
+  add_subdirectory(engines/msvc_abi)
+else()
+  message(STATUS "clang++ or lld-link not found: no engine for the Microsoft C++ ABI")
+endif()
 
 # Arguments arrive as UTF-16 through the wide entry point.
 target_link_options(TaviClient PRIVATE -municode)

@@ -1,11 +1,12 @@
 #!/bin/sh
 # Installs the Debian packages that the build and the tests need, only those that are missing.
 # With the argument "windows": those that the Windows build (make windows) needs on top, the
-# cross compilers and wine to run its tests.
+# cross compilers, wine to run its tests, and clang with lld for the engine built for the
+# Microsoft C++ ABI.
 set -eu
 packages="cmake g++ clang libclang-rt-14-dev make pkg-config libgtest-dev libgmock-dev libbenchmark-dev libpugixml-dev libzstd-dev zstd libembree-dev libtbb-dev libopenimageio-dev openimageio-tools embree-tools libassimp-dev assimp-testmodels"
 if [ "${1:-}" = windows ]; then
-    packages="cmake make g++-mingw-w64-x86-64-posix wine64 xz-utils"
+    packages="cmake make g++-mingw-w64-x86-64-posix wine64 xz-utils clang lld"
 fi
 missing=""
 for p in $packages; do

@@ -55,6 +55,11 @@ std::string invalidEnginePath() {
 std::string clientExecutablePath() {
     return windowsBuild() ? windowsFile("bin/TaviClient.exe") : TAVI_CLIENT_EXECUTABLE;
 }
+std::string msvcAbiEnginePath() {
+    if (!windowsBuild()) return "";
+    std::string path = windowsFile("engines/msvc_abi/TaviTracerAVX.dll");
+    return fs::exists(path) ? path : "";
+}
 
 namespace {
 

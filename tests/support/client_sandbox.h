@@ -48,6 +48,9 @@ std::string recordingEnginePath();
 std::string previewEnginePath();
 std::string invalidEnginePath();
 std::string clientExecutablePath();
+// The engine built for the Microsoft C++ ABI: only a Windows build has it, and only where clang
+// made it. Empty otherwise.
+std::string msvcAbiEnginePath();
 
 // Copies the client (not a link) to `folder` and runs it from there.
 ClientRun runClientCopy(const std::string& folder, const std::vector<std::string>& arguments);
