@@ -80,7 +80,7 @@ windows: windows-deps
 
 # The client's end-to-end tests, built for Linux, run the Windows client under wine in a wine
 # prefix of the build's own. The first wine start makes the prefix, before tests run side by side.
-WINDOWS_TESTS ?= ^client\.(CommandLineRun|GeometryLoad|LargeScene|LoadSequence|RegistryLoad|RenderRun|HostileScene|WindowsMsvcEngine)\.
+WINDOWS_TESTS ?= ^client\.(CommandLineRun|GeometryLoad|LargeScene|LoadSequence|RegistryLoad|RenderRun|HostileScene|WindowsMsvcEngine|WindowsSystemChannels)\.
 wine_env = WINEPREFIX=$(CURDIR)/$(WINDOWS_BUILD)/wine-prefix WINEDEBUG=-all
 
 test-windows: deps windows

@@ -34,6 +34,7 @@ std::string wineExecutable() {
 
 } // namespace
 
+bool underWine() { return windowsBuild() != nullptr; }
 const char* clientFileName() { return windowsBuild() ? "TaviClient.exe" : "TaviClient"; }
 const char* engineModuleName() { return windowsBuild() ? "TaviTracerAVX.dll" : "TaviTracerAVX.so"; }
 
@@ -92,9 +93,22 @@ std::vector<std::string> commandLine(const std::string& executable, const std::v
     return line;
 }
 
-[[noreturn]] void execClient(const std::vector<std::string>& line) {
+// Wine's diagnostics of some channels, into a file rather than the test log.
+struct WineTrace {
+    std::string channels;
+    std::string file;
+};
+
+[[noreturn]] void execClient(const std::vector<std::string>& line, const WineTrace* trace) {
     const rlimit processor{kProcessorSeconds, kProcessorSeconds};
     setrlimit(RLIMIT_CPU, &processor);
+    if (trace) {
+        setenv("WINEDEBUG", trace->channels.c_str(), 1);
+        const int file = open(trace->file.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        if (file < 0) _exit(127);
+        dup2(file, STDERR_FILENO);
+        close(file);
+    }
     std::vector<char*> argv;
     for (const std::string& a : line) argv.push_back(const_cast<char*>(a.c_str()));
     argv.push_back(nullptr);
@@ -111,7 +125,8 @@ void waitFor(pid_t child, ClientRun& result) {
     result.peakResidentKiB = uint64_t(usage.ru_maxrss);
 }
 
-ClientRun runExecutable(const std::string& executable, const std::vector<std::string>& arguments, bool onTerminal) {
+ClientRun runExecutable(const std::string& executable, const std::vector<std::string>& arguments, bool onTerminal,
+                        const WineTrace* trace = nullptr) {
     ClientRun result;
     // Wine's own diagnostics would only fill the test log.
     if (windowsBuild()) setenv("WINEDEBUG", "-all", 0);
@@ -121,7 +136,7 @@ ClientRun runExecutable(const std::string& executable, const std::vector<std::st
     pid_t child;
     if (onTerminal) {
         child = forkpty(&fd, nullptr, nullptr, nullptr);
-        if (child == 0) execClient(line);
+        if (child == 0) execClient(line, trace);
     } else {
         int pipeEnds[2];
         if (pipe(pipeEnds) != 0) throw std::runtime_error("pipe");
@@ -130,7 +145,7 @@ ClientRun runExecutable(const std::string& executable, const std::vector<std::st
             dup2(pipeEnds[1], STDOUT_FILENO);
             close(pipeEnds[0]);
             close(pipeEnds[1]);
-            execClient(line);
+            execClient(line, trace);
         }
         close(pipeEnds[1]);
         fd = pipeEnds[0];
@@ -187,4 +202,12 @@ std::vector<std::string> ClientSandbox::engineLog() const {
 
 ClientRun ClientSandbox::run(const std::vector<std::string>& arguments, bool onTerminal) const {
     return runExecutable(folder_ + "/" + clientFileName(), arguments, onTerminal);
+}
+
+ClientRun ClientSandbox::runTracingWine(const std::vector<std::string>& arguments, const std::string& channels) const {
+    if (!windowsBuild()) throw std::logic_error("runTracingWine without a Windows build");
+    const WineTrace trace{channels, path("wine-trace.txt")};
+    ClientRun result = runExecutable(folder_ + "/" + clientFileName(), arguments, false, &trace);
+    result.wineTrace = readFile("wine-trace.txt");
+    return result;
 }

@@ -11,12 +11,15 @@ std::string clientSpelling(const std::string& path);
 // The file names of the client and of the engine module it loads, on the platform under test.
 const char* clientFileName();
 const char* engineModuleName();
+// Whether the client under test is the Windows one, run under wine.
+bool underWine();
 
 struct ClientRun {
     int exitStatus = -1; // as the shell sees it: 0..255
     std::string output;  // standard output, raw bytes
     uint64_t peakResidentKiB = 0;
     double wallSeconds = 0;
+    std::string wineTrace; // wine's diagnostics, from runTracingWine alone
 };
 
 class ClientSandbox {
@@ -39,6 +42,9 @@ class ClientSandbox {
 
     // On a pseudo-terminal the client also writes its console title escapes.
     ClientRun run(const std::vector<std::string>& arguments, bool onTerminal = false) const;
+    // Under wine only: the run with wine's diagnostics of `channels` (a WINEDEBUG value) kept in
+    // `wineTrace`, to see what the client handed the system.
+    ClientRun runTracingWine(const std::vector<std::string>& arguments, const std::string& channels) const;
 
   private:
     std::string folder_;
