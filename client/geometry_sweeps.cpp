@@ -14,16 +14,6 @@ using TRDF_Load::TriangleMesh;
 
 namespace {
 
-SceneStatus readModel(SceneFileReader& reader, TriangleMesh*& head, uint64_t& offset, ModelArrays arrays) {
-    return readTriangleMesh(reader, head, offset, arrays);
-}
-SceneStatus readModel(SceneFileReader& reader, FurMesh*& head, uint64_t& offset, ModelArrays arrays) {
-    return readFur(reader, head, offset, arrays);
-}
-SceneStatus readModel(SceneFileReader& reader, SprMesh*& head, uint64_t& offset, ModelArrays arrays) {
-    return readSprites(reader, head, offset, arrays);
-}
-
 // Asks for a material only when the id changes from one element to the next.
 class MaterialRequests {
   public:

@@ -26,3 +26,17 @@ SceneStatus readFur(SceneFileReader& reader, TRDF_Load::FurMesh*& head, uint64_t
                     ModelArrays arrays = ModelArrays::Copied);
 SceneStatus readSprites(SceneFileReader& reader, TRDF_Load::SprMesh*& head, uint64_t& offset,
                         ModelArrays arrays = ModelArrays::Copied);
+
+// The same three readers by the kind of model, for sweeps written once over all kinds.
+inline SceneStatus readModel(SceneFileReader& reader, TRDF_Load::TriangleMesh*& head, uint64_t& offset,
+                             ModelArrays arrays) {
+    return readTriangleMesh(reader, head, offset, arrays);
+}
+inline SceneStatus readModel(SceneFileReader& reader, TRDF_Load::FurMesh*& head, uint64_t& offset,
+                             ModelArrays arrays) {
+    return readFur(reader, head, offset, arrays);
+}
+inline SceneStatus readModel(SceneFileReader& reader, TRDF_Load::SprMesh*& head, uint64_t& offset,
+                             ModelArrays arrays) {
+    return readSprites(reader, head, offset, arrays);
+}

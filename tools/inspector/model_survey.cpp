@@ -13,16 +13,6 @@ namespace inspector {
 
 namespace {
 
-SceneStatus readModel(SceneFileReader& reader, TriangleMesh*& head, uint64_t& offset, ModelArrays arrays) {
-    return readTriangleMesh(reader, head, offset, arrays);
-}
-SceneStatus readModel(SceneFileReader& reader, FurMesh*& head, uint64_t& offset, ModelArrays arrays) {
-    return readFur(reader, head, offset, arrays);
-}
-SceneStatus readModel(SceneFileReader& reader, SprMesh*& head, uint64_t& offset, ModelArrays arrays) {
-    return readSprites(reader, head, offset, arrays);
-}
-
 // Each material id once, in the order of first use.
 class MaterialUse {
   public:
