@@ -39,7 +39,7 @@ using RowFiller = std::function<void(int32_t y, std::vector<float>& row)>;
 struct FileJob {
     const char* extension;
     const char* format; // OpenImageIO's name: the temporary name's extension does not tell it
-    ImageSpec spec;
+    ImageSpec header;
     RowFiller fillRow;
 };
 
@@ -47,9 +47,9 @@ struct FileJob {
 std::string writeRows(const FileJob& job, const fs::path& temporary) {
     auto out = ImageOutput::create(job.format);
     if (!out) return OIIO::geterror();
-    if (!out->open(temporary.u8string(), job.spec)) return out->geterror();
-    std::vector<float> row(size_t(job.spec.width) * size_t(job.spec.nchannels));
-    for (int32_t y = 0; y < job.spec.height; ++y) {
+    if (!out->open(temporary.u8string(), job.header)) return out->geterror();
+    std::vector<float> row(size_t(job.header.width) * size_t(job.header.nchannels));
+    for (int32_t y = 0; y < job.header.height; ++y) {
         job.fillRow(y, row);
         if (!out->write_scanline(y, 0, TypeDesc::FLOAT, row.data())) {
             std::string error = out->geterror();
@@ -89,12 +89,12 @@ std::string makeFolder(const fs::path& folder) {
 }
 
 ImageSpec imageSpec(const Film& film, TypeDesc format, const std::vector<std::string>& channels) {
-    ImageSpec spec(film.imageWidth(), film.imageHeight(), int(channels.size()), format);
-    spec.channelnames = channels;
+    ImageSpec header(film.imageWidth(), film.imageHeight(), int(channels.size()), format);
+    header.channelnames = channels;
     // Writers stamp the current time when no DateTime is given; an empty one writes none, so
     // the same film gives the same bytes.
-    spec.attribute("DateTime", "");
-    return spec;
+    header.attribute("DateTime", "");
+    return header;
 }
 
 // The row's region pixels go through `pixel`, which writes the pixel's channels; the rest is 0.
@@ -154,9 +154,9 @@ std::vector<WrittenImage> writeImages(const OutputPlan& plan, const Film& film) 
     std::vector<FileJob> jobs;
     if (plan.jpeg) {
         jobs.push_back(displayJob(".jpg", "jpeg", film, tone));
-        jobs.back().spec.attribute("Compression", kJpegCompression);
+        jobs.back().header.attribute("Compression", kJpegCompression);
         // Full-resolution colour: renders have sharp coloured edges that 4:2:0 smears.
-        jobs.back().spec.attribute("jpeg:subsampling", "4:4:4");
+        jobs.back().header.attribute("jpeg:subsampling", "4:4:4");
     }
     if (plan.tiff) jobs.push_back(displayJob(".tif", "tiff", film, tone));
     if (plan.exr) jobs.push_back(exrJob(film));

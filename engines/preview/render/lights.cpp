@@ -42,11 +42,11 @@ float sunSolidAngle(const LightParams& light) { return 2 * kPi * (1 - light.cosS
 bool readImage(const std::string& path, size_t* width, size_t* height, std::vector<Color>* texels) {
     auto input = OIIO::ImageInput::open(path);
     if (!input) return false;
-    const OIIO::ImageSpec& spec = input->spec();
-    if (spec.width <= 0 || spec.height <= 0 || spec.nchannels <= 0) return false;
-    *width = static_cast<size_t>(spec.width);
-    *height = static_cast<size_t>(spec.height);
-    const int channels = std::min(spec.nchannels, 3);
+    const OIIO::ImageSpec& header = input->spec();
+    if (header.width <= 0 || header.height <= 0 || header.nchannels <= 0) return false;
+    *width = static_cast<size_t>(header.width);
+    *height = static_cast<size_t>(header.height);
+    const int channels = std::min(header.nchannels, 3);
     std::vector<float> pixels(*width * *height * channels);
     if (!input->read_image(0, 0, 0, channels, OIIO::TypeDesc::FLOAT, pixels.data())) return false;
     texels->resize(*width * *height);

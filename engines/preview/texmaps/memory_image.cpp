@@ -41,7 +41,7 @@ class MemoryImageInput final : public OIIO::ImageInput {
         if (!param) return false;
         image_ = *static_cast<const MemoryImage* const*>(param->data());
         if (!image_) return false;
-        m_spec = image_->spec();
+        m_spec = image_->header();
         newspec = m_spec;
         return true;
     }
@@ -77,9 +77,9 @@ std::unique_ptr<MemoryImage> MemoryImage::fromRecord(const TextureDataRecord& re
     const uint64_t bytes = uint64_t(record.width) * uint64_t(record.height) * layout.channels * layout.format.size();
     if (bytes > uint64_t(INT32_MAX)) return nullptr;
     auto image = std::make_unique<MemoryImage>();
-    image->spec_ = OIIO::ImageSpec(record.width, record.height, layout.channels, layout.format);
+    image->header_ = OIIO::ImageSpec(record.width, record.height, layout.channels, layout.format);
     image->srgb_ = layout.format == OIIO::TypeDesc::UINT8 || layout.format == OIIO::TypeDesc::UINT16;
-    image->pixels_.assign(record.pixels, record.pixels + image->spec_.image_bytes());
+    image->pixels_.assign(record.pixels, record.pixels + image->header_.image_bytes());
     return image;
 }
 

@@ -17,8 +17,8 @@ class MemoryImage {
     // whose size and pixels don't make an image.
     static std::unique_ptr<MemoryImage> fromRecord(const TextureDataRecord& record);
 
-    const OIIO::ImageSpec& spec() const { return spec_; }
-    const uint8_t* row(int y) const { return pixels_.data() + static_cast<size_t>(y) * spec_.scanline_bytes(); }
+    const OIIO::ImageSpec& header() const { return header_; }
+    const uint8_t* row(int y) const { return pixels_.data() + static_cast<size_t>(y) * header_.scanline_bytes(); }
     // Whether the pixel values are sRGB-encoded rather than linear.
     bool srgb() const { return srgb_; }
 
@@ -28,7 +28,7 @@ class MemoryImage {
     static OIIO::ImageInput::Creator readerCreator();
 
   private:
-    OIIO::ImageSpec spec_;
+    OIIO::ImageSpec header_;
     std::vector<uint8_t> pixels_;
     bool srgb_ = false;
 };

@@ -38,9 +38,9 @@ bool isRegularFile(const fs::path& path) {
 
 // Integer images are taken as sRGB-encoded unless the file says it is linear; half and float
 // images are linear.
-bool encodedAsSrgb(const OIIO::ImageSpec& spec) {
-    if (spec.format.is_floating_point()) return false;
-    const std::string space = spec.get_string_attribute("oiio:ColorSpace");
+bool encodedAsSrgb(const OIIO::ImageSpec& header) {
+    if (header.format.is_floating_point()) return false;
+    const std::string space = header.get_string_attribute("oiio:ColorSpace");
     return !OIIO::Strutil::iequals(space, "linear") && !OIIO::Strutil::iequals(space, "scene_linear");
 }
 
@@ -79,12 +79,12 @@ struct TextureStore::Impl {
     bool admit(int32_t id, Texture texture) {
         OIIO::TextureSystem::Perthread* thread = system->get_perthread_info();
         texture.handle = system->get_texture_handle(texture.name, thread);
-        OIIO::ImageSpec spec;
-        if (!texture.handle || !system->get_imagespec(texture.handle, thread, 0, spec)) {
+        OIIO::ImageSpec header;
+        if (!texture.handle || !system->get_imagespec(texture.handle, thread, 0, header)) {
             (void)system->geterror(); // the warning says it; don't let errors pile up
             return false;
         }
-        if (!texture.pixels) texture.srgb = encodedAsSrgb(spec);
+        if (!texture.pixels) texture.srgb = encodedAsSrgb(header);
         const auto earlier = textures.find(id);
         if (earlier != textures.end() && earlier->second.name != texture.name)
             system->invalidate(earlier->second.name, true);

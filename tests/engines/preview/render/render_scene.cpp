@@ -30,18 +30,18 @@ Image readExr(const std::string& path) {
     Image image;
     auto input = OIIO::ImageInput::open(path);
     if (!input) return image;
-    const OIIO::ImageSpec& spec = input->spec();
-    std::vector<float> all(size_t(spec.width) * spec.height * spec.nchannels);
-    if (!input->read_image(0, 0, 0, spec.nchannels, OIIO::TypeDesc::FLOAT, all.data())) return image;
-    const int r = spec.channelindex("R"), g = spec.channelindex("G"), b = spec.channelindex("B");
+    const OIIO::ImageSpec& header = input->spec();
+    std::vector<float> all(size_t(header.width) * header.height * header.nchannels);
+    if (!input->read_image(0, 0, 0, header.nchannels, OIIO::TypeDesc::FLOAT, all.data())) return image;
+    const int r = header.channelindex("R"), g = header.channelindex("G"), b = header.channelindex("B");
     if (r < 0 || g < 0 || b < 0) return image;
-    image.width = spec.width;
-    image.height = spec.height;
-    image.rgb.resize(size_t(spec.width) * spec.height * 3);
-    for (size_t i = 0; i < size_t(spec.width) * spec.height; ++i) {
-        image.rgb[3 * i] = all[i * spec.nchannels + r];
-        image.rgb[3 * i + 1] = all[i * spec.nchannels + g];
-        image.rgb[3 * i + 2] = all[i * spec.nchannels + b];
+    image.width = header.width;
+    image.height = header.height;
+    image.rgb.resize(size_t(header.width) * header.height * 3);
+    for (size_t i = 0; i < size_t(header.width) * header.height; ++i) {
+        image.rgb[3 * i] = all[i * header.nchannels + r];
+        image.rgb[3 * i + 1] = all[i * header.nchannels + g];
+        image.rgb[3 * i + 2] = all[i * header.nchannels + b];
     }
     return image;
 }

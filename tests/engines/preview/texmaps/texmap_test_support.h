@@ -111,8 +111,8 @@ void writeImage(const std::filesystem::path& file, int width, int height, int ch
     std::filesystem::create_directories(file.parent_path());
     auto out = OIIO::ImageOutput::create(file.string());
     ASSERT_TRUE(out) << file;
-    const OIIO::ImageSpec spec(width, height, channels, format);
-    ASSERT_TRUE(out->open(file.string(), spec)) << out->geterror();
+    const OIIO::ImageSpec header(width, height, channels, format);
+    ASSERT_TRUE(out->open(file.string(), header)) << out->geterror();
     ASSERT_TRUE(out->write_image(format, pixels.data())) << out->geterror();
     out->close();
 }
