@@ -291,3 +291,35 @@ void writeFields(const FieldDescriptor* fields, size_t count, pugi::xml_node sec
     for (size_t i = 0; i < count; ++i)
         writeField(fields[i], section, record, recordSize, names);
 }
+
+// ---- References --------------------------------------------------------------------------------
+
+void forEachReference(const FieldDescriptor* fields, size_t count, const uint8_t* record, size_t recordSize,
+                      const ReferenceVisitor& visit) {
+    for (size_t i = 0; i < count; ++i) {
+        const FieldDescriptor& field = fields[i];
+        if ((field.flags & kFieldReadOnly) || !fieldInside(field, recordSize)) continue;
+        switch (field.kind) {
+        case FieldKind::TexMapRef:
+            visit(ReferenceKind::TexMap, load<int32_t>(record + field.offset));
+            break;
+        case FieldKind::MaterialRef:
+            visit(ReferenceKind::Material, load<int32_t>(record + field.offset));
+            break;
+        case FieldKind::TextureRef:
+            visit(ReferenceKind::Texture, load<int32_t>(record + field.offset));
+            break;
+        case FieldKind::Custom:
+            if (field.custom->references) field.custom->references(field, record, recordSize, visit);
+            break;
+        default:
+            break;
+        }
+    }
+}
+
+void forEachReference(const TypeDescriptor& table, const uint8_t* record, size_t recordSize,
+                      const ReferenceVisitor& visit) {
+    const size_t length = table.imageLength < recordSize ? table.imageLength : recordSize;
+    forEachReference(table.fields, table.fieldCount, record, length, visit);
+}

@@ -22,6 +22,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 
 class ITaviNameInterface;
 
@@ -53,15 +54,23 @@ constexpr uint8_t kFieldWriteOnly = 2; // the reader leaves it out
 
 struct FieldDescriptor;
 
+// What a reference names. A model list holds handles, and models have no names to ask for, so a
+// model reference carries no id.
+enum class ReferenceKind : uint8_t { Texture, TexMap, Material, Model };
+using ReferenceVisitor = std::function<void(ReferenceKind kind, int32_t id)>;
+
 // Hooks of a Custom field. `parent` is the element that holds the field's key, `key` the last
 // component of the field's key path (the name of the field's own element), `record` the whole
 // record of `recordSize` bytes; the hook finds its bytes at field.offset and must stay within
-// field.width.
+// field.width. `references` visits what the writer names, in the writer's order; a field that
+// names nothing has none.
 struct CustomField {
     void (*read)(pugi::xml_node parent, const char* key, const FieldDescriptor& field, uint8_t* record,
                  size_t recordSize, ITaviNameInterface* names);
     void (*write)(pugi::xml_node parent, const char* key, const FieldDescriptor& field, const uint8_t* record,
                   size_t recordSize, ITaviNameInterface* names);
+    void (*references)(const FieldDescriptor& field, const uint8_t* record, size_t recordSize,
+                       const ReferenceVisitor& visit) = nullptr;
 };
 
 struct FieldDescriptor {
@@ -292,6 +301,14 @@ void readFields(const FieldDescriptor* fields, size_t count, pugi::xml_node sect
 // in table order.
 void writeFields(const FieldDescriptor* fields, size_t count, pugi::xml_node section, const uint8_t* record,
                  size_t recordSize, ITaviNameInterface* names);
+
+// Visits every reference that the writer would name, in its order: each reference row, set or
+// not, and what the repeated elements name. Rows the writer leaves out are left out here as well.
+// The table form takes at most the type's image of the record.
+void forEachReference(const TypeDescriptor& table, const uint8_t* record, size_t recordSize,
+                      const ReferenceVisitor& visit);
+void forEachReference(const FieldDescriptor* fields, size_t count, const uint8_t* record, size_t recordSize,
+                      const ReferenceVisitor& visit);
 
 // One field; the table forms call these in order.
 void readField(const FieldDescriptor& field, pugi::xml_node section, uint8_t* record, size_t recordSize,

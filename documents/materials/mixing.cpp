@@ -72,7 +72,15 @@ void writeMixChildren(pugi::xml_node parent, const char* key, const FieldDescrip
     }
 }
 
-constexpr CustomField kMixChildren{readMixChildren, writeMixChildren};
+void mixChildReferences(const FieldDescriptor& field, const uint8_t* record, size_t recordSize,
+                        const ReferenceVisitor& visit) {
+    const size_t count = mixChildrenInUse(field, record, recordSize);
+    for (size_t entry = 0; entry < count; ++entry)
+        forEachReference(kMixChildFields, std::size(kMixChildFields), record + field.offset + entry * kMixEntryBytes,
+                         kMixEntryBytes, visit);
+}
+
+constexpr CustomField kMixChildren{readMixChildren, writeMixChildren, mixChildReferences};
 
 // ---- State switch patterns ---------------------------------------------------------------------
 

@@ -56,9 +56,15 @@ void writeChannels(pugi::xml_node parent, const char*, const FieldDescriptor& fi
     writeEntryList(parent, List, record + field.offset, List.capacity, names);
 }
 
-constexpr CustomField kCorrectionChannelList{readChannels<kCorrectionChannels>,
-                                             writeChannels<kCorrectionChannels>};
-constexpr CustomField kShuffleChannelList{readChannels<kShuffleChannels>, writeChannels<kShuffleChannels>};
+template <const EntryList& List>
+void channelReferences(const FieldDescriptor& field, const uint8_t* record, size_t, const ReferenceVisitor& visit) {
+    entryListReferences(List, record + field.offset, List.capacity, visit);
+}
+
+constexpr CustomField kCorrectionChannelList{readChannels<kCorrectionChannels>, writeChannels<kCorrectionChannels>,
+                                             channelReferences<kCorrectionChannels>};
+constexpr CustomField kShuffleChannelList{readChannels<kShuffleChannels>, writeChannels<kShuffleChannels>,
+                                          channelReferences<kShuffleChannels>};
 
 // ---- Point curves ------------------------------------------------------------------------------
 

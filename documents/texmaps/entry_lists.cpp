@@ -50,14 +50,29 @@ uint32_t readEntryList(pugi::xml_node parent, const EntryList& list, uint8_t* en
     return count;
 }
 
+namespace {
+
+int64_t entriesInUse(const EntryList& list, int64_t count) {
+    if (count < 0) return 0;
+    return count > list.capacity ? list.capacity : count;
+}
+
+} // namespace
+
 void writeEntryList(pugi::xml_node parent, const EntryList& list, const uint8_t* entries, int64_t count,
                     ITaviNameInterface* names) {
-    if (count < 0) count = 0;
-    if (count > list.capacity) count = list.capacity;
+    count = entriesInUse(list, count);
     for (int64_t i = 0; i < count; ++i) {
         pugi::xml_node element = appendChildElement(parent, list.element);
         appendIdAttribute(element, i);
         writeFields(list.fields, list.fieldCount, element, entries + static_cast<size_t>(i) * list.entryBytes,
                     list.entryBytes, names);
     }
+}
+
+void entryListReferences(const EntryList& list, const uint8_t* entries, int64_t count, const ReferenceVisitor& visit) {
+    count = entriesInUse(list, count);
+    for (int64_t i = 0; i < count; ++i)
+        forEachReference(list.fields, list.fieldCount, entries + static_cast<size_t>(i) * list.entryBytes,
+                         list.entryBytes, visit);
 }

@@ -35,6 +35,9 @@ uint32_t readEntryList(pugi::xml_node parent, const EntryList& list, uint8_t* en
 void writeEntryList(pugi::xml_node parent, const EntryList& list, const uint8_t* entries, int64_t count,
                     ITaviNameInterface* names);
 
+// Visits the references of the first `count` entries, counted as the writer counts them.
+void entryListReferences(const EntryList& list, const uint8_t* entries, int64_t count, const ReferenceVisitor& visit);
+
 // ---- Attribute-level values --------------------------------------------------------------------
 
 // The child element `name` of `parent`, or a null node when `parent` is not an element.

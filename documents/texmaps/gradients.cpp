@@ -131,7 +131,17 @@ void writeModelList(pugi::xml_node parent, const char* key, const FieldDescripto
     }
 }
 
-constexpr CustomField kModelList{readModelList, writeModelList};
+void modelListReferences(const FieldDescriptor& field, const uint8_t* record, size_t,
+                         const ReferenceVisitor& visit) {
+    const uint8_t* slots = record + field.offset;
+    for (uint32_t id = 0; id < kModelSlots; ++id) {
+        uint64_t handle = 0;
+        std::memcpy(&handle, slots + static_cast<size_t>(id) * sizeof handle, sizeof handle);
+        if (handle != 0) visit(ReferenceKind::Model, -1);
+    }
+}
+
+constexpr CustomField kModelList{readModelList, writeModelList, modelListReferences};
 
 constexpr FieldDescriptor kAoFields[] = {
     enumField("Type", 0x158, kAoTypeWords),

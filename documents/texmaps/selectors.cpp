@@ -111,7 +111,17 @@ void writeSelectList(pugi::xml_node parent, const char* key, const FieldDescript
     }
 }
 
-constexpr CustomField kSelectList{readSelectList, writeSelectList};
+void selectListReferences(const FieldDescriptor& field, const uint8_t* record, size_t,
+                          const ReferenceVisitor& visit) {
+    const uint8_t* list = record + field.offset;
+    for (uint32_t entry = 0; entry < kSelectEntries; ++entry) {
+        int32_t map = -1;
+        std::memcpy(&map, list + kSelectIdsOffset + entry * sizeof map, sizeof map);
+        if (map != -1) visit(ReferenceKind::TexMap, map);
+    }
+}
+
+constexpr CustomField kSelectList{readSelectList, writeSelectList, selectListReferences};
 
 constexpr FieldDescriptor kSelectMapFields[] = {
     texMapField("MaskMap", 0x658),
