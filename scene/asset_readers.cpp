@@ -35,74 +35,42 @@ void fixMaterialText(MaterialRecord& record) {
 
 // The volume cache chunk that directly follows a volumetric material. A different chunk there
 // leaves the material without a cache, and that chunk is passed over.
-void readVolumeCache(SceneFileReader& reader, MaterialRecord& record, uint64_t& offset) {
-    if (readFollowingChunk(reader, offset) != SceneOk) return;
-    if (reader.chunk.chunkType != ChunkPhxData) return;
-    ChunkBody body;
-    if (body.fetch(reader) != SceneOk) return;
-    if (reader.chunk.chunkVersion != kRecordChunkVersion) {
-        reader.status = SceneBadVersion;
-        return;
-    }
-    if (!TRDF_Load::PhxData::bodyIsValid(body.data(), body.bytes().size)) {
-        reader.status = SceneInvalid;
-        return;
-    }
-    TRDF_Load::PhxData* cache = TRDF_Load::PhxData::create(body.data());
-    if (!cache) {
-        reader.status = SceneOutOfMemory;
-        return;
-    }
-    body.release();
-    setVolumeCache(record, cache);
+SceneStatus readVolumeCache(SceneFileReader& reader, MaterialRecord& record, uint64_t& offset) {
+    RecordChunk cache = openFollowing(reader, ChunkPhxData, Following::Optional, offset);
+    if (cache.status != SceneOk || !cache.found) return cache.status;
+    if (!TRDF_Load::PhxData::bodyIsValid(cache.body.data(), cache.body.bytes().size)) return SceneInvalid;
+    TRDF_Load::PhxData* grid = TRDF_Load::PhxData::create(cache.body.data());
+    if (!grid) return SceneOutOfMemory;
+    cache.body.release();
+    setVolumeCache(record, grid);
+    return SceneOk;
+}
+
+template <class Record> void clearRecord(Record& record) {
+    std::memset(&record, 0, sizeof record);
 }
 
 } // namespace
 
 SceneStatus readTexMap(SceneFileReader& reader, TexMapRecord& record, uint64_t& offset) {
-    SceneStatus status = findChunk(reader, ChunkTexMap, offset);
-    if (status != SceneOk) return status;
-    offset = reader.chunk.nextChunkOffset;
-    uint32_t version = reader.chunk.chunkVersion;
-    ChunkBody body;
-    if (body.fetch(reader) != SceneOk) return reader.status;
-
-    ByteSpan bytes = body.bytes();
-    int32_t type = recordTypeOf(bytes);
-    uint32_t image = texMapImageLength(type);
+    RecordChunk chunk = openRecord(reader, ChunkTexMap, offset, VersionCheck::AfterRecord);
+    if (chunk.status != SceneOk) return chunk.status;
     // An unknown type is reported before the version, and leaves the record as it was.
-    if (image == 0) return reader.status = SceneInvalid;
-    std::memset(&record, 0, sizeof record);
-    bytes.overlay(&record, image);
+    if (!copyImage(chunk.body.bytes(), texMapImageLength, record, clearRecord<TexMapRecord>)) return SceneInvalid;
     fixRecordText(record.Name, kNameFieldBytes);
-    body.reset();
-    if (version != kRecordChunkVersion) reader.status = SceneBadVersion;
-    return reader.status;
+    return chunk.version == kRecordChunkVersion ? SceneOk : SceneBadVersion;
 }
 
 SceneStatus readMaterial(SceneFileReader& reader, MaterialRecord& record, uint64_t& offset) {
-    SceneStatus status = findChunk(reader, ChunkMaterial, offset);
-    if (status != SceneOk) return status;
-    offset = reader.chunk.nextChunkOffset;
-    uint32_t version = reader.chunk.chunkVersion;
-    ChunkBody body;
-    if (body.fetch(reader) != SceneOk) return reader.status;
-
-    ByteSpan bytes = body.bytes();
-    int32_t type = recordTypeOf(bytes);
-    uint32_t image = materialImageLength(type);
-    if (image == 0) return reader.status = SceneInvalid;
-    std::memset(&record, 0, sizeof record);
-    bytes.overlay(&record, image);
+    RecordChunk chunk = openRecord(reader, ChunkMaterial, offset, VersionCheck::AfterRecord);
+    if (chunk.status != SceneOk) return chunk.status;
+    if (!copyImage(chunk.body.bytes(), materialImageLength, record, clearRecord<MaterialRecord>))
+        return SceneInvalid;
     fixMaterialText(record);
-    body.reset();
-    if (version != kRecordChunkVersion) return reader.status = SceneBadVersion;
-
-    if (type == kVolumeMaterialType && bytesOf(record)[kVolumeCacheFlagOffset] != 0) {
-        readVolumeCache(reader, record, offset);
-        offset = reader.chunk.nextChunkOffset;
-    }
-    return reader.status;
+    chunk.body.reset();
+    if (chunk.version != kRecordChunkVersion) return SceneBadVersion;
+    if (record.type != kVolumeMaterialType || bytesOf(record)[kVolumeCacheFlagOffset] == 0) return SceneOk;
+    return readVolumeCache(reader, record, offset);
 }
 
 void releaseMaterial(MaterialRecord& record) {

@@ -2,6 +2,7 @@
 // records. Both bodies begin with the same header.
 #include "scene/geometry_parts.h"
 #include "scene/geometry_readers.h"
+#include "scene/track_keys.h"
 
 #include <cstring>
 
@@ -62,14 +63,14 @@ bool fillSpriteElements(TimeSliceS& slice, const uint8_t* source, uint64_t, uint
 // Walks `count` slices from `at`. A slice whose array cannot be allocated is still linked
 // and the walk moves on; the status ends it at the next turn.
 template <class Slice, class Fill>
-void buildTimeSlices(SceneFileReader& reader, Slice*& first, ByteSpan body, uint64_t at, int32_t count,
+void buildTimeSlices(SceneStatus& status, Slice*& first, ByteSpan body, uint64_t at, int32_t count,
                      uint64_t elementCount, uint64_t fileElementBytes, uint64_t memoryElementBytes,
                      ArrayBudget& budget, Fill fill) {
     Slice** link = &first;
-    for (int32_t turn = 0; turn < count && reader.status == SceneOk; ++turn) {
-        if (!spans(body, at, 0, kTimeSliceBytes)) return fail(reader, SceneInvalid);
+    for (int32_t turn = 0; turn < count && status == SceneOk; ++turn) {
+        if (!spans(body, at, 0, kTimeSliceBytes)) return fail(status, SceneInvalid);
         Slice* slice = Slice::create();
-        if (!slice) return fail(reader, SceneOutOfMemory);
+        if (!slice) return fail(status, SceneOutOfMemory);
         *link = slice;
         link = &slice->next;
         slice->sliceParamA = body.i32(at + kSliceParamA);
@@ -78,16 +79,16 @@ void buildTimeSlices(SceneFileReader& reader, Slice*& first, ByteSpan body, uint
         if (elementCount != 0 && elements != 0) {
             uint64_t bytes = elementCount * memoryElementBytes;
             if (!spans(body, at, elements, elementCount * fileElementBytes) || !budget.takeBacked(bytes)) {
-                return fail(reader, SceneInvalid);
+                return fail(status, SceneInvalid);
             }
             if (budget.copies() && !fill(*slice, body.data + at + elements, elementCount, bytes)) {
-                fail(reader, SceneOutOfMemory);
+                fail(status, SceneOutOfMemory);
             }
         }
         if (turn + 1 == count) break;
         // Slices stand one behind the other: each next one starts past this one's header.
         uint64_t distance = body.u64(at + kNextSliceDistance);
-        if (distance < kTimeSliceBytes || !spans(body, at, distance, 0)) return fail(reader, SceneInvalid);
+        if (distance < kTimeSliceBytes || !spans(body, at, distance, 0)) return fail(status, SceneInvalid);
         at += distance;
     }
 }
@@ -97,34 +98,34 @@ void buildTimeSlices(SceneFileReader& reader, Slice*& first, ByteSpan body, uint
 // Names, hashes and keys, the same for both kinds. Both names are converted even when the
 // first fails; the part stays in the chain for the caller to release.
 template <class Part>
-void fillNamesAndKeys(SceneFileReader& reader, Part& part, ByteSpan body, uint64_t name, uint64_t secondName) {
+void fillNamesAndKeys(SceneStatus& status, Part& part, ByteSpan body, uint64_t name, uint64_t secondName) {
     bool converted = convertName(part.name, body, name);
     if (!convertName(part.secondName, body, secondName)) converted = false;
-    if (!converted) fail(reader, SceneInvalid);
+    if (!converted) fail(status, SceneInvalid);
     part.secondNameHash = hashName(body, secondName);
     part.nameHash = hashName(body, name);
-    if (reader.status == SceneOk) {
-        fail(reader, buildKeys(part.keys, part.keyCount, body, body.u64(kKeysOffset), body.u32(kKeyCount)));
+    if (status == SceneOk) {
+        status = buildTrack(part.keys, part.keyCount, body, body.u64(kKeysOffset), body.u32(kKeyCount));
     }
 }
 
 template <class Part>
-Part* createPart(SceneFileReader& reader, ByteSpan body, uint64_t headerBytes) {
+Part* createPart(SceneStatus& status, ByteSpan body, uint64_t headerBytes) {
     if (body.size < headerBytes || body.i32(kElementCount) < 0) {
-        fail(reader, SceneInvalid);
+        fail(status, SceneInvalid);
         return nullptr;
     }
     Part* part = Part::create();
-    if (!part) fail(reader, SceneOutOfMemory);
+    if (!part) fail(status, SceneOutOfMemory);
     return part;
 }
 
-bool wantsTimeSlices(const SceneFileReader& reader, ByteSpan body) {
-    return reader.status == SceneOk && body.u64(kTimeSlicesOffset) != 0 && body.i32(kTimeSliceCount) != 0;
+bool wantsTimeSlices(SceneStatus status, ByteSpan body) {
+    return status == SceneOk && body.u64(kTimeSlicesOffset) != 0 && body.i32(kTimeSliceCount) != 0;
 }
 
-FurMesh* buildFur(SceneFileReader& reader, ByteSpan body, ArrayBudget& budget) {
-    FurMesh* fur = createPart<FurMesh>(reader, body, kFurHeaderBytes);
+FurMesh* buildFur(ByteSpan body, ArrayBudget& budget, SceneStatus& status) {
+    FurMesh* fur = createPart<FurMesh>(status, body, kFurHeaderBytes);
     if (!fur) return nullptr;
     fur->elementCount = body.i32(kElementCount);
     fur->value60 = body.u32(kWord36);
@@ -136,17 +137,17 @@ FurMesh* buildFur(SceneFileReader& reader, ByteSpan body, ArrayBudget& budget) {
     body.copy(fur->floats70, kFloats64, sizeof fur->floats70);
     body.copy(fur->block28, kFurBlock88, sizeof fur->block28);
     fur->value58 = body.u32(kFurWord136);
-    fillNamesAndKeys(reader, *fur, body, kFurName, kFurSecondName);
-    if (wantsTimeSlices(reader, body)) {
-        buildTimeSlices(reader, fur->timeSlices, body, body.u64(kTimeSlicesOffset), body.i32(kTimeSliceCount),
+    fillNamesAndKeys(status, *fur, body, kFurName, kFurSecondName);
+    if (wantsTimeSlices(status, body)) {
+        buildTimeSlices(status, fur->timeSlices, body, body.u64(kTimeSlicesOffset), body.i32(kTimeSliceCount),
                         uint64_t(fur->elementCount), TRDF_Load::kFurElementFileBytes, sizeof(FurElement), budget,
                         fillFurElements);
     }
     return fur;
 }
 
-SprMesh* buildSprites(SceneFileReader& reader, ByteSpan body, ArrayBudget& budget) {
-    SprMesh* sprites = createPart<SprMesh>(reader, body, kSpriteHeaderBytes);
+SprMesh* buildSprites(ByteSpan body, ArrayBudget& budget, SceneStatus& status) {
+    SprMesh* sprites = createPart<SprMesh>(status, body, kSpriteHeaderBytes);
     if (!sprites) return nullptr;
     sprites->elementCount = body.i32(kElementCount);
     sprites->value30 = body.u32(kWord36);
@@ -156,9 +157,9 @@ SprMesh* buildSprites(SceneFileReader& reader, ByteSpan body, ArrayBudget& budge
     sprites->value34 = body.u32(kWord56);
     sprites->value60 = body.u32(kWord60);
     body.copy(sprites->floats40, kFloats64, sizeof sprites->floats40);
-    fillNamesAndKeys(reader, *sprites, body, kSpriteName, kSpriteSecondName);
-    if (wantsTimeSlices(reader, body)) {
-        buildTimeSlices(reader, sprites->timeSlices, body, body.u64(kTimeSlicesOffset), body.i32(kTimeSliceCount),
+    fillNamesAndKeys(status, *sprites, body, kSpriteName, kSpriteSecondName);
+    if (wantsTimeSlices(status, body)) {
+        buildTimeSlices(status, sprites->timeSlices, body, body.u64(kTimeSlicesOffset), body.i32(kTimeSliceCount),
                         uint64_t(sprites->elementCount), kSpriteElementBytes, kSpriteElementBytes, budget,
                         fillSpriteElements);
     }
@@ -169,10 +170,10 @@ SprMesh* buildSprites(SceneFileReader& reader, ByteSpan body, ArrayBudget& budge
 
 SceneStatus readFur(SceneFileReader& reader, FurMesh*& head, uint64_t& offset, ModelArrays arrays) {
     return readModelRun(reader, ChunkFur, kMorePartsFollow, head, offset, arrays == ModelArrays::Copied,
-                        [&](ByteSpan body, ArrayBudget& budget) { return buildFur(reader, body, budget); });
+                        buildFur);
 }
 
 SceneStatus readSprites(SceneFileReader& reader, SprMesh*& head, uint64_t& offset, ModelArrays arrays) {
     return readModelRun(reader, ChunkSprites, kMorePartsFollow, head, offset, arrays == ModelArrays::Copied,
-                        [&](ByteSpan body, ArrayBudget& budget) { return buildSprites(reader, body, budget); });
+                        buildSprites);
 }

@@ -2,7 +2,6 @@
 
 #include "common/hash.h"
 #include "scene/scene_text.h"
-#include "scene/track_keys.h"
 
 #include <cstring>
 
@@ -18,17 +17,6 @@ uint32_t hashName(ByteSpan body, uint64_t offset) {
     const void* end = field.size ? std::memchr(field.data, 0, field.size) : nullptr;
     size_t length = end ? static_cast<size_t>(static_cast<const uint8_t*>(end) - field.data) : field.size;
     return murmurHash3x86_32(field.data, length, 0);
-}
-
-SceneStatus buildKeys(TrackKey*& keys, uint32_t& keyCount, ByteSpan body, uint64_t offset, uint32_t count) {
-    if (count == 0) return SceneOk;
-    if (!spans(body, 0, offset, uint64_t(count) * kTrackKeyFileBytes)) return SceneInvalid;
-    TrackKey* track = allocateTrack(count);
-    if (!track) return SceneOutOfMemory;
-    decodeTrackKeys(track, body, offset, count);
-    keys = track;
-    keyCount = count;
-    return SceneOk;
 }
 
 } // namespace geometry_parts

@@ -1,6 +1,6 @@
 // What the three geometry readers share: the walk over a run of chunks that makes one model,
-// the checks of offsets against a body, names with their hashes, key tracks, and the budget
-// that keeps a small file from asking for unbounded array memory.
+// the checks of offsets against a body, names with their hashes, the first failure of a part,
+// and the budget that keeps a small file from asking for unbounded array memory.
 #pragma once
 #include "scene/byte_span.h"
 #include "scene/chunk_scan.h"
@@ -65,32 +65,28 @@ bool convertName(char16_t* dest, ByteSpan body, uint64_t offset);
 // MurmurHash3 x86 32, seed 0, of the field's narrow bytes up to its terminator.
 uint32_t hashName(ByteSpan body, uint64_t offset);
 
-// Builds `count` keys from their 36-byte form at `offset`. The keys must lie in the body
-// (SceneInvalid); a track the pool cannot hold is SceneOutOfMemory. `keys` and `keyCount`
-// are set together, so a part never claims keys it does not have.
-SceneStatus buildKeys(TrackKey*& keys, uint32_t& keyCount, ByteSpan body, uint64_t offset, uint32_t count);
-
-// Sets `status` unless a failure came first.
-inline void fail(SceneFileReader& reader, SceneStatus status) {
-    if (reader.status == SceneOk) reader.status = status;
+// Keeps the first failure of a part: `status` is set unless a failure came first.
+inline void fail(SceneStatus& status, SceneStatus failure) {
+    if (status == SceneOk) status = failure;
 }
 
 // Reads one model: the run of `chunkType` chunks that starts at the next chunk of the type
-// and lasts while each part says that more follow. `build(body, budget)` makes one part from
-// a body and returns it, or null when nothing could be made; it reports failures through
-// reader.status. The part is linked even when it failed halfway, so the caller can release
+// and lasts while each part says that more follow. `build(body, budget, status)` makes one part
+// from a body and returns it, or null when nothing could be made; it reports its failures
+// through `status`. The part is linked even when it failed halfway, so the caller can release
 // what was built. `morePartsField` is the body offset of the part's follow flag; `copies`
 // goes to the budget.
 template <class Part, class Build>
 SceneStatus readModelRun(SceneFileReader& reader, uint32_t chunkType, uint64_t morePartsField, Part*& head,
                          uint64_t& offset, bool copies, Build build) {
-    if (reader.status == SceneEndOfChunks) reader.status = SceneOk;
     head = nullptr;
     Part* previous = nullptr;
     bool seenOne = false;
     ArrayBudget budget(copies);
-    while (reader.status == SceneOk) {
-        if (reader.nextChunk(offset) != SceneOk) break;
+    SceneStatus status = SceneOk;
+    while (status == SceneOk) {
+        status = reader.nextChunk(offset);
+        if (status != SceneOk) break;
         offset = reader.chunk.nextChunkOffset;
         if (reader.chunk.chunkType != chunkType) {
             // The run ends at the first chunk of another type once it has begun.
@@ -104,25 +100,23 @@ SceneStatus readModelRun(SceneFileReader& reader, uint32_t chunkType, uint64_t m
                 // it is built.
                 reader.readAhead(offset, chunkType, kRecordChunkVersion);
                 ChunkBody body;
-                bool morePartsFollow = false;
-                if (body.fetch(reader) == SceneOk) {
-                    budget.grant(reader.chunk.storedSize, body.bytes().size);
-                    Part* part = build(body.bytes(), budget);
-                    if (part) {
-                        if (previous) previous->next = part;
-                        if (!head) head = part;
-                        previous = part;
-                    }
-                    morePartsFollow = body.bytes().i32(morePartsField) != 0;
+                status = body.fetch(reader);
+                if (status != SceneOk) break;
+                budget.grant(reader.chunk.storedSize, body.bytes().size);
+                Part* part = build(body.bytes(), budget, status);
+                if (part) {
+                    if (previous) previous->next = part;
+                    if (!head) head = part;
+                    previous = part;
                 }
-                if (!morePartsFollow) break;
+                if (body.bytes().i32(morePartsField) == 0) break;
             }
         }
         if (offset == 0 || offset >= reader.fileSize) break;
     }
-    if (head && reader.status == SceneEndOfChunks) reader.status = SceneOk;
-    if (reader.status == SceneOk && !head) reader.status = SceneEndOfChunks;
-    return reader.status;
+    if (head && status == SceneEndOfChunks) status = SceneOk;
+    if (status == SceneOk && !head) status = SceneEndOfChunks;
+    return status;
 }
 
 } // namespace geometry_parts

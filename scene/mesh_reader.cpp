@@ -2,6 +2,7 @@
 // time slices of positions.
 #include "scene/geometry_parts.h"
 #include "scene/geometry_readers.h"
+#include "scene/track_keys.h"
 
 #include <climits>
 #include <cstring>
@@ -56,34 +57,34 @@ struct ArrayJob {
 
 // Checks the source, charges the budget, allocates through the slice's slot and copies.
 // An allocation that fails leaves that pointer null and lets the others go on.
-void fillArray(SceneFileReader& reader, StaticSliceT& slice, ByteSpan body, uint64_t at, const ArrayJob& job,
+void fillArray(SceneStatus& status, StaticSliceT& slice, ByteSpan body, uint64_t at, const ArrayJob& job,
                ArrayBudget& budget) {
     uint64_t offset = body.u64(at + job.offsetField);
     if (!spans(body, at, offset, job.bytes) || !budget.takeBacked(job.bytes))
-        return fail(reader, SceneInvalid);
+        return fail(status, SceneInvalid);
     if (!budget.copies()) return;
     void* block = slice.Allocate(job.bytes);
-    if (!block) return fail(reader, SceneOutOfMemory);
+    if (!block) return fail(status, SceneOutOfMemory);
     if (job.bytes) std::memcpy(block, body.data + at + offset, job.bytes);
     *job.array = block;
 }
 
-void buildStaticSlice(SceneFileReader& reader, TriangleMesh& mesh, ByteSpan body, uint64_t at, ArrayBudget& budget) {
-    if (!spans(body, at, 0, kStaticSliceBytes)) return fail(reader, SceneInvalid);
+void buildStaticSlice(SceneStatus& status, TriangleMesh& mesh, ByteSpan body, uint64_t at, ArrayBudget& budget) {
+    if (!spans(body, at, 0, kStaticSliceBytes)) return fail(status, SceneInvalid);
     int32_t vertexCount = body.i32(at + kVertexCount), pointCount = body.i32(at + kPointCount);
     int32_t triangleCount = body.i32(at + kTriangleCount), pointExtraCount = body.i32(at + kPointExtraCount);
     int32_t vectorCount = body.i32(at + kVectorCount), pairCount = body.i32(at + kPairCount);
     if ((vertexCount | pointCount | triangleCount | pointExtraCount | vectorCount | pairCount) < 0) {
-        return fail(reader, SceneInvalid);
+        return fail(status, SceneInvalid);
     }
     uint64_t triangleBitBytes = 0, cornerBitBytes = 0;
     if (!bitArrayBytes(uint64_t(triangleCount), triangleBitBytes) ||
         !bitArrayBytes(uint64_t(triangleCount) * 3, cornerBitBytes)) {
-        return fail(reader, SceneInvalid);
+        return fail(status, SceneInvalid);
     }
 
     StaticSliceT* slice = StaticSliceT::create();
-    if (!slice) return fail(reader, SceneOutOfMemory);
+    if (!slice) return fail(status, SceneOutOfMemory);
     mesh.staticSlice = slice;
     slice->vertexCount = vertexCount;
     slice->triangleCount = triangleCount;
@@ -107,8 +108,8 @@ void buildStaticSlice(SceneFileReader& reader, TriangleMesh& mesh, ByteSpan body
          present(kTriangleWords) && triangleCount != 0, triangles * 4},
     };
     for (const ArrayJob& job : jobs) {
-        if (job.wanted) fillArray(reader, *slice, body, at, job, budget);
-        if (reader.status == SceneInvalid) return;
+        if (job.wanted) fillArray(status, *slice, body, at, job, budget);
+        if (status == SceneInvalid) return;
     }
 }
 
@@ -129,40 +130,40 @@ void widenPositions(uint8_t* dest, size_t destStride, const uint8_t* source, uin
     }
 }
 
-void fillPositions(SceneFileReader& reader, TimeSliceT& slice, ByteSpan body, uint64_t at, uint64_t count,
+void fillPositions(SceneStatus& status, TimeSliceT& slice, ByteSpan body, uint64_t at, uint64_t count,
                    ArrayBudget& budget) {
     uint64_t offset = body.u64(at + kPositions);
     if (count == 0 || offset == 0) return;
     uint64_t bytes = count * kPositionBytes;
     if (!spans(body, at, offset, count * kFilePositionBytes) || !budget.takeBacked(bytes)) {
-        return fail(reader, SceneInvalid);
+        return fail(status, SceneInvalid);
     }
     if (!budget.copies()) return;
     void* block = slice.Allocate(bytes);
-    if (!block) return fail(reader, SceneOutOfMemory);
+    if (!block) return fail(status, SceneOutOfMemory);
     widenPositions(static_cast<uint8_t*>(block), kPositionBytes, body.data + at + offset, count);
     slice.positions = static_cast<float*>(block);
 }
 
 // The point array exists whenever there are points, zeroed where the body gives nothing.
-void fillPoints(SceneFileReader& reader, TimeSliceT& slice, ByteSpan body, uint64_t at, const SliceShape& shape,
+void fillPoints(SceneStatus& status, TimeSliceT& slice, ByteSpan body, uint64_t at, const SliceShape& shape,
                 ArrayBudget& budget) {
     const uint64_t count = shape.pointCount;
     if (count == 0) return;
     uint64_t pointsOffset = body.u64(at + kPoints), extrasOffset = body.u64(at + kPointExtras);
     // An element has room for eight extras; more would spill into the next element.
     const uint64_t extras = extrasOffset != 0 ? shape.pointExtraCount : 0;
-    if (extras > uint64_t(TRDF_Load::kMaxPointExtras)) return fail(reader, SceneInvalid);
+    if (extras > uint64_t(TRDF_Load::kMaxPointExtras)) return fail(status, SceneInvalid);
     uint64_t bytes = count * sizeof(PointElement);
     const bool backed = pointsOffset != 0 || extras != 0;
     if ((pointsOffset != 0 && !spans(body, at, pointsOffset, count * kFilePositionBytes)) ||
         (extras != 0 && !spans(body, at, extrasOffset, count * extras * kExtraBytes)) ||
         !(backed ? budget.takeBacked(bytes) : budget.takeUnbacked(bytes))) {
-        return fail(reader, SceneInvalid);
+        return fail(status, SceneInvalid);
     }
     if (!budget.copies()) return;
     auto* points = static_cast<PointElement*>(slice.Allocate(bytes));
-    if (!points) return fail(reader, SceneOutOfMemory);
+    if (!points) return fail(status, SceneOutOfMemory);
     std::memset(points, 0, bytes);
     slice.points = points;
     if (pointsOffset != 0) {
@@ -176,7 +177,7 @@ void fillPoints(SceneFileReader& reader, TimeSliceT& slice, ByteSpan body, uint6
     }
 }
 
-void buildTimeSlices(SceneFileReader& reader, TriangleMesh& mesh, ByteSpan body, uint64_t at, int32_t count,
+void buildTimeSlices(SceneStatus& status, TriangleMesh& mesh, ByteSpan body, uint64_t at, int32_t count,
                      ArrayBudget& budget) {
     // Without a static slice there are no counts, and so no arrays.
     SliceShape shape;
@@ -184,20 +185,20 @@ void buildTimeSlices(SceneFileReader& reader, TriangleMesh& mesh, ByteSpan body,
         shape = {uint64_t(counts->vertexCount), uint64_t(counts->pointCount), uint64_t(counts->pointExtraCount)};
     }
     TimeSliceT** link = &mesh.timeSlices;
-    for (int32_t turn = 0; turn < count && reader.status == SceneOk; ++turn) {
-        if (!spans(body, at, 0, kTimeSliceBytes)) return fail(reader, SceneInvalid);
+    for (int32_t turn = 0; turn < count && status == SceneOk; ++turn) {
+        if (!spans(body, at, 0, kTimeSliceBytes)) return fail(status, SceneInvalid);
         TimeSliceT* slice = TimeSliceT::create();
-        if (!slice) return fail(reader, SceneOutOfMemory);
+        if (!slice) return fail(status, SceneOutOfMemory);
         *link = slice;
         link = &slice->next;
         slice->sliceParamA = body.i32(at + kSliceParamA);
         slice->sliceParamB = body.i32(at + kSliceParamB);
-        fillPositions(reader, *slice, body, at, shape.vertexCount, budget);
-        if (reader.status == SceneOk) fillPoints(reader, *slice, body, at, shape, budget);
+        fillPositions(status, *slice, body, at, shape.vertexCount, budget);
+        if (status == SceneOk) fillPoints(status, *slice, body, at, shape, budget);
         if (turn + 1 == count) break;
         // Slices stand one behind the other: each next one starts past this one's header.
         uint64_t distance = body.u64(at + kNextSliceDistance);
-        if (distance < kTimeSliceBytes || !spans(body, at, distance, 0)) return fail(reader, SceneInvalid);
+        if (distance < kTimeSliceBytes || !spans(body, at, distance, 0)) return fail(status, SceneInvalid);
         at += distance;
     }
 }
@@ -217,35 +218,35 @@ void copyHeader(TriangleMesh& mesh, ByteSpan body) {
     mesh.value98 = body.u32(kValue98);
 }
 
-TriangleMesh* buildPart(SceneFileReader& reader, ByteSpan body, ArrayBudget& budget) {
+TriangleMesh* buildPart(ByteSpan body, ArrayBudget& budget, SceneStatus& status) {
     if (body.size < kMeshHeaderBytes) {
-        fail(reader, SceneInvalid);
+        fail(status, SceneInvalid);
         return nullptr;
     }
     TriangleMesh* mesh = TriangleMesh::create();
     if (!mesh) {
-        fail(reader, SceneOutOfMemory);
+        fail(status, SceneOutOfMemory);
         return nullptr;
     }
     copyHeader(*mesh, body);
     // Both names are converted even when the first fails; the part stays for the caller.
     bool converted = convertName(mesh->name, body, kName);
     if (!convertName(mesh->secondName, body, kSecondName)) converted = false;
-    if (!converted) fail(reader, SceneInvalid);
+    if (!converted) fail(status, SceneInvalid);
     mesh->secondNameHash = hashName(body, kSecondName);
     mesh->nameHash = hashName(body, kName);
 
-    if (reader.status == SceneOk) {
-        fail(reader, buildKeys(mesh->keys, mesh->keyCount, body, body.u64(kKeysOffset), body.u32(kKeyCount)));
+    if (status == SceneOk) {
+        status = buildTrack(mesh->keys, mesh->keyCount, body, body.u64(kKeysOffset), body.u32(kKeyCount));
     }
     uint64_t staticSliceOffset = body.u64(kStaticSliceOffset);
-    if (reader.status == SceneOk && staticSliceOffset != 0) {
-        buildStaticSlice(reader, *mesh, body, staticSliceOffset, budget);
+    if (status == SceneOk && staticSliceOffset != 0) {
+        buildStaticSlice(status, *mesh, body, staticSliceOffset, budget);
     }
     uint64_t timeSlicesOffset = body.u64(kTimeSlicesOffset);
     int32_t timeSliceCount = body.i32(kTimeSliceCount);
-    if (reader.status == SceneOk && timeSlicesOffset != 0 && timeSliceCount != 0) {
-        buildTimeSlices(reader, *mesh, body, timeSlicesOffset, timeSliceCount, budget);
+    if (status == SceneOk && timeSlicesOffset != 0 && timeSliceCount != 0) {
+        buildTimeSlices(status, *mesh, body, timeSlicesOffset, timeSliceCount, budget);
     }
     return mesh;
 }
@@ -254,5 +255,5 @@ TriangleMesh* buildPart(SceneFileReader& reader, ByteSpan body, ArrayBudget& bud
 
 SceneStatus readTriangleMesh(SceneFileReader& reader, TriangleMesh*& head, uint64_t& offset, ModelArrays arrays) {
     return readModelRun(reader, ChunkTriangleMesh, kMorePartsFollow, head, offset, arrays == ModelArrays::Copied,
-                        [&](ByteSpan body, ArrayBudget& budget) { return buildPart(reader, body, budget); });
+                        buildPart);
 }

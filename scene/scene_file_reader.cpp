@@ -38,18 +38,18 @@ SceneStatus SceneFileReader::open(const char16_t* path) {
     chunk = ChunkHeader{};
     filePosition = 0;
     fileSize = 0;
-    status = SceneOk;
+    failure_ = SceneOk;
     bodySize = 0;
     linksThisPass.clear();
     seekCount = bodyReadCount = decodeAttempts = bodiesReadAhead = 0;
 
     fileHandle = platform::openForReading(path);
-    if (fileHandle == platform::kNoFile) return status = SceneIoError;
+    if (fileHandle == platform::kNoFile) return failure_ = SceneIoError;
 
     uint8_t raw[kFileHeaderBytes];
     size_t got = 0;
     if (!platform::readFile(fileHandle, raw, sizeof raw, &got) || got != sizeof raw) {
-        return status = SceneInvalid;
+        return failure_ = SceneInvalid;
     }
     ByteSpan bytes{raw, sizeof raw};
     std::memcpy(header.magic, raw, sizeof header.magic);
@@ -58,14 +58,14 @@ SceneStatus SceneFileReader::open(const char16_t* path) {
     header.firstChunkOffset = bytes.u64(28);
 
     for (size_t i = 0; i < sizeof kSceneMagic; ++i) {
-        if (header.magic[i] != kSceneMagic[i]) return status = SceneInvalid;
+        if (header.magic[i] != kSceneMagic[i]) return failure_ = SceneInvalid;
     }
-    if (header.formatVersion > kNewestFormatVersion) return status = SceneBadVersion;
-    if (header.headerCheck == 0) return status = SceneInvalid;
+    if (header.formatVersion > kNewestFormatVersion) return failure_ = SceneBadVersion;
+    if (header.headerCheck == 0) return failure_ = SceneInvalid;
 
     filePosition = kFileHeaderBytes;
-    if (!platform::fileSize(fileHandle, &fileSize)) status = SceneIoError;
-    return status;
+    if (!platform::fileSize(fileHandle, &fileSize)) failure_ = SceneIoError;
+    return failure_;
 }
 
 void SceneFileReader::close() {
@@ -75,47 +75,41 @@ void SceneFileReader::close() {
     fileHandle = platform::kNoFile;
 }
 
-// The end of the chain lasts only until the next operation; every other failure is final.
-bool SceneFileReader::enterOperation() {
-    if (status == SceneEndOfChunks) status = SceneOk;
-    return status == SceneOk;
-}
-
 // Reading in chain order never needs a seek: the position is tracked and compared first.
 bool SceneFileReader::seekTo(uint64_t offset) {
     if (offset != filePosition) {
         ++seekCount;
-        if (!platform::seekFile(fileHandle, offset)) status = SceneIoError;
+        if (!platform::seekFile(fileHandle, offset)) failure_ = SceneIoError;
     }
     filePosition = offset;
-    return status == SceneOk;
+    return failure_ == SceneOk;
 }
 
 SceneStatus SceneFileReader::nextChunk(uint64_t& offset) {
-    if (!enterOperation()) return status;
+    if (failure_ != SceneOk) return failure_;
     if (offset == 0) {
         offset = header.firstChunkOffset;
         linksThisPass.clear();
     }
-    if (offset >= fileSize) return status = SceneEndOfChunks;
+    if (offset >= fileSize) return SceneEndOfChunks;
     // Chunk headers cannot overlap, so a well-formed chain has fewer links than this; the
     // bound also keeps the set of offsets in proportion to the file.
-    if (linksThisPass.size() >= fileSize / kChunkHeaderBytes) return status = SceneInvalid;
-    if (!linksThisPass.insert(offset).second) return status = SceneInvalid;
-    if (!seekTo(offset)) return status;
+    if (linksThisPass.size() >= fileSize / kChunkHeaderBytes) return failure_ = SceneInvalid;
+    if (!linksThisPass.insert(offset).second) return failure_ = SceneInvalid;
+    if (!seekTo(offset)) return failure_;
 
     uint8_t raw[kChunkHeaderBytes];
     size_t got = 0;
     bool ok = platform::readFile(fileHandle, raw, sizeof raw, &got);
     filePosition += got;
-    if (!ok || got != sizeof raw) return status = SceneInvalid;
+    if (!ok || got != sizeof raw) return failure_ = SceneInvalid;
 
     chunk = parseChunkHeader(raw);
-    return status;
+    return SceneOk;
 }
 
 void SceneFileReader::readAhead(uint64_t offset, uint32_t type, uint32_t version) {
-    if (status != SceneOk && status != SceneEndOfChunks) return;
+    if (failure_ != SceneOk) return;
     for (uint64_t links = 0; offset != 0 && offset < fileSize && links < kReadAheadReach; ++links) {
         uint8_t raw[kChunkHeaderBytes];
         size_t got = 0;
@@ -146,11 +140,11 @@ SceneStatus SceneFileReader::readChunkBody(void*& out, uint64_t storedSize, uint
                                            uint64_t bodyOffset) {
     out = nullptr;
     bodySize = 0;
-    if (!enterOperation()) return status;
-    if (bodyOffset >= fileSize) return status = SceneInvalid;
+    if (failure_ != SceneOk) return failure_;
+    if (bodyOffset >= fileSize) return failure_ = SceneInvalid;
     // A body that runs past the end of the file would come up short when read; saying so
     // before allocating keeps a forged size from reserving memory the file cannot fill.
-    if (storedSize > fileSize - bodyOffset) return status = SceneIoError;
+    if (storedSize > fileSize - bodyOffset) return failure_ = SceneIoError;
 
     FetchedBody early;
     const BodyLocation location{bodyOffset, storedSize, compression};
@@ -160,34 +154,31 @@ SceneStatus SceneFileReader::readChunkBody(void*& out, uint64_t storedSize, uint
         bodyReadCount += early.reads;
         decodeAttempts += early.decodeAttempts;
         ++bodiesReadAhead;
-        return status;
+        return SceneOk;
     }
-    if (!seekTo(bodyOffset)) return status;
+    if (!seekTo(bodyOffset)) return failure_;
 
     void* block = poolAlloc(poolInstance(), storedSize);
-    if (!block) return status = SceneOutOfMemory;
+    if (!block) return failure_ = SceneOutOfMemory;
     out = block;
 
     const uint64_t limit = sliceLimit();
     uint8_t* cursor = static_cast<uint8_t*>(block);
     uint64_t remaining = storedSize;
-    while (remaining > 0 && status == SceneOk) {
+    while (remaining > 0 && failure_ == SceneOk) {
         uint64_t slice = remaining < limit ? remaining : limit;
         size_t got = 0;
         ++bodyReadCount;
         bool ok = platform::readFile(fileHandle, cursor, slice, &got);
         filePosition += got;
-        if (!ok || got != slice) status = SceneIoError;
+        if (!ok || got != slice) failure_ = SceneIoError;
         cursor += got;
         remaining -= got;
     }
-    if (status != SceneOk) return status;
+    if (failure_ != SceneOk) return failure_;
 
     // Only 1 means a frame; every other value is stored data.
-    if (compression == 1) {
-        status = decodeZstdBody(out, storedSize, bodySize, decodeAttempts);
-    } else {
-        bodySize = storedSize;
-    }
-    return status;
+    if (compression == 1) return failure_ = decodeZstdBody(out, storedSize, bodySize, decodeAttempts);
+    bodySize = storedSize;
+    return SceneOk;
 }

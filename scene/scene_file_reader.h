@@ -69,7 +69,6 @@ class SceneFileReader {
     ChunkHeader chunk{};
     uint64_t filePosition = 0;
     uint64_t fileSize = 0;
-    SceneStatus status = SceneOk;
 
     // Size of the block that the last successful readChunkBody handed out, so that the
     // typed readers never look past the decoded body.
@@ -86,10 +85,12 @@ class SceneFileReader {
     static constexpr uint64_t kMaxReadSlice = 0x40000000;
 
   private:
-    bool enterOperation();
     bool seekTo(uint64_t offset);
     uint64_t sliceLimit() const;
 
+    // The first failure of the file itself, from its header, a link or a body: every later
+    // operation returns it without touching the file. The end of the chain is no failure.
+    SceneStatus failure_ = SceneOk;
     // Offsets of the chunk headers read since the pass began (nextChunk with offset 0). A
     // chain that comes back to one of them is a loop, found before anything is read twice.
     std::unordered_set<uint64_t> linksThisPass;

@@ -169,15 +169,10 @@ void initSettings(SettingsRecord& record) {
 }
 
 SceneStatus readSettings(SceneFileReader& reader, SettingsRecord& record, uint64_t& offset) {
-    SceneStatus status = findChunk(reader, ChunkSettings, offset);
-    if (status != SceneOk) return status;
-    offset = reader.chunk.nextChunkOffset;
-    if (reader.chunk.chunkVersion != kRecordChunkVersion) return reader.status = SceneBadVersion;
-
-    ChunkBody body;
-    if (body.fetch(reader) != SceneOk) return reader.status;
+    RecordChunk chunk = openRecord(reader, ChunkSettings, offset, VersionCheck::BeforeBody);
+    if (chunk.status != SceneOk) return chunk.status;
     initSettings(record);
-    body.bytes().overlay(&record, sizeof record);
+    chunk.body.bytes().overlay(&record, sizeof record);
     fixSettingsText(record);
-    return reader.status;
+    return SceneOk;
 }

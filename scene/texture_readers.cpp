@@ -53,6 +53,12 @@ bool convertField(char16_t* dest, size_t capacity, ByteSpan field) {
     return convertSceneString(dest, capacity, reinterpret_cast<const char*>(field.data), field.size);
 }
 
+// Both texture records start cleared, with no id, and take what their body holds.
+template <class Record> void clearWithoutId(Record& record) {
+    std::memset(&record, 0, sizeof record);
+    record.id = -1;
+}
+
 void readIfHeld(ByteSpan bytes, uint64_t offset, uint32_t& field) {
     if (bytes.holds(offset, 4)) field = bytes.u32(offset);
 }
@@ -64,37 +70,25 @@ void readIfHeld(ByteSpan bytes, uint64_t offset, int32_t& field) {
 } // namespace
 
 SceneStatus readTextureFile(SceneFileReader& reader, TextureFileRecord& record, uint64_t& offset) {
-    SceneStatus status = findChunk(reader, ChunkTextureFile, offset);
-    if (status != SceneOk) return status;
-    offset = reader.chunk.nextChunkOffset;
-    if (reader.chunk.chunkVersion != kRecordChunkVersion) return reader.status = SceneBadVersion;
-
-    ChunkBody body;
-    if (body.fetch(reader) != SceneOk) return reader.status;
-    ByteSpan bytes = body.bytes();
-    std::memset(&record, 0, sizeof record);
-    record.id = -1;
+    RecordChunk chunk = openRecord(reader, ChunkTextureFile, offset, VersionCheck::BeforeBody);
+    if (chunk.status != SceneOk) return chunk.status;
+    ByteSpan bytes = chunk.body.bytes();
+    clearWithoutId(record);
     readIfHeld(bytes, kFileParamA, record.textureParamA);
     readIfHeld(bytes, kFileParamB, record.textureParamB);
     readIfHeld(bytes, kFileId, record.id);
     if (!convertField(record.name, kNameChars, bytes.tail(kFileName, kNameFieldBytes)) ||
         !convertField(record.path, kPathChars, bytes.tail(kFilePath, UINT64_MAX))) {
-        reader.status = SceneInvalid;
+        return SceneInvalid;
     }
-    return reader.status;
+    return SceneOk;
 }
 
 SceneStatus readTextureData(SceneFileReader& reader, TextureDataRecord& record, uint64_t& offset) {
-    SceneStatus status = findChunk(reader, ChunkTextureData, offset);
-    if (status != SceneOk) return status;
-    offset = reader.chunk.nextChunkOffset;
-    if (reader.chunk.chunkVersion != kRecordChunkVersion) return reader.status = SceneBadVersion;
-
-    ChunkBody body;
-    if (body.fetch(reader) != SceneOk) return reader.status;
-    ByteSpan bytes = body.bytes();
-    std::memset(&record, 0, sizeof record);
-    record.id = -1;
+    RecordChunk chunk = openRecord(reader, ChunkTextureData, offset, VersionCheck::BeforeBody);
+    if (chunk.status != SceneOk) return chunk.status;
+    ByteSpan bytes = chunk.body.bytes();
+    clearWithoutId(record);
     readIfHeld(bytes, kDataParamA, record.textureParamA);
     readIfHeld(bytes, kDataParamB, record.textureParamB);
     readIfHeld(bytes, kDataWidth, record.width);
@@ -105,15 +99,14 @@ SceneStatus readTextureData(SceneFileReader& reader, TextureDataRecord& record, 
     uint64_t pixelOffset = bytes.u64(kDataPixelOffset);
 
     // A name that will not convert fails the record, but the pixels are still taken.
-    if (!convertField(record.name, kNameChars, bytes.tail(kDataName, kNameFieldBytes))) {
-        reader.status = SceneInvalid;
-    }
+    SceneStatus status =
+        convertField(record.name, kNameChars, bytes.tail(kDataName, kNameFieldBytes)) ? SceneOk : SceneInvalid;
     uint64_t size = pixelBytes(record.width, record.height, bytesPerPixel(record.pixelType));
-    if (!bytes.holds(pixelOffset, size)) return reader.status = SceneInvalid;
+    if (!bytes.holds(pixelOffset, size)) return SceneInvalid;
     record.pixels = static_cast<uint8_t*>(poolAlloc(poolInstance(), size));
-    if (!record.pixels) return reader.status = SceneOutOfMemory;
-    if (size) std::memcpy(record.pixels, body.data() + pixelOffset, size);
-    return reader.status;
+    if (!record.pixels) return SceneOutOfMemory;
+    if (size) std::memcpy(record.pixels, bytes.data + pixelOffset, size);
+    return status;
 }
 
 void releaseTextureData(TextureDataRecord& record) {

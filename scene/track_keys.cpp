@@ -18,6 +18,19 @@ size_t saturatingTrackBytes(uint64_t count) {
     return count > kMaxCount ? SIZE_MAX : static_cast<size_t>(count * sizeof(TrackKey) + kCountBlockBytes);
 }
 
+// Each key is cleared before its words are copied; the caller has checked that the source
+// holds them.
+void decodeTrackKeys(TrackKey* track, ByteSpan source, uint64_t offset, uint64_t count) {
+    for (uint64_t i = 0; i < count; ++i) {
+        TrackKey& key = track[i];
+        std::memset(&key, 0, sizeof key);
+        uint64_t keyStart = offset + i * kTrackKeyFileBytes;
+        for (size_t word = 0; word < kTrackKeyFileBytes / 4; ++word) {
+            key.words[kTrackKeyMemoryOffsets[word] / 4] = source.u32(keyStart + 4 * word);
+        }
+    }
+}
+
 } // namespace
 
 void constructTrackKey(TrackKey& key) {
@@ -46,15 +59,15 @@ uint64_t trackLength(const TrackKey* track) {
     return track ? *countBlockOf(track) : 0;
 }
 
-void decodeTrackKeys(TrackKey* track, ByteSpan source, uint64_t offset, uint64_t count) {
-    for (uint64_t i = 0; i < count; ++i) {
-        TrackKey& key = track[i];
-        std::memset(&key, 0, sizeof key);
-        uint64_t keyStart = offset + i * kTrackKeyFileBytes;
-        for (size_t word = 0; word < kTrackKeyFileBytes / 4; ++word) {
-            key.words[kTrackKeyMemoryOffsets[word] / 4] = source.u32(keyStart + 4 * word);
-        }
-    }
+SceneStatus buildTrack(TrackKey*& track, uint32_t& trackCount, ByteSpan source, uint64_t offset, uint32_t count) {
+    if (count == 0) return SceneOk;
+    if (!source.holds(offset, uint64_t(count) * kTrackKeyFileBytes)) return SceneInvalid;
+    TrackKey* keys = allocateTrack(count);
+    if (!keys) return SceneOutOfMemory;
+    decodeTrackKeys(keys, source, offset, count);
+    track = keys;
+    trackCount = count;
+    return SceneOk;
 }
 
 TrackKey* copyTrack(const TrackKey* source, uint64_t count) {

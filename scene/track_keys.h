@@ -3,6 +3,7 @@
 #pragma once
 #include "scene/byte_span.h"
 #include "scene/records.h"
+#include "scene/scene_status.h"
 
 #include <cstdint>
 
@@ -15,9 +16,11 @@ TrackKey* allocateTrack(uint64_t count);
 void freeTrack(TrackKey* track);
 uint64_t trackLength(const TrackKey* track);
 
-// Fills `count` keys from their 36-byte file form at `offset` of `source`; the caller has
-// checked that the source holds them. Each key is cleared before its words are copied.
-void decodeTrackKeys(TrackKey* track, ByteSpan source, uint64_t offset, uint64_t count);
+// Builds a track of `count` keys from their 36-byte file form at `offset` of `source`. The
+// keys must lie in the source (SceneInvalid); a track the pool cannot hold is
+// SceneOutOfMemory. `track` and `trackCount` are set together, and only when the track is
+// built, so that no object claims keys it does not have. No keys: SceneOk, nothing set.
+SceneStatus buildTrack(TrackKey*& track, uint32_t& trackCount, ByteSpan source, uint64_t offset, uint32_t count);
 
 // A copy of `source` with its own count; null for an empty source or an exhausted pool.
 TrackKey* copyTrack(const TrackKey* source, uint64_t count);
