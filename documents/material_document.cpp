@@ -1,8 +1,9 @@
 #include "documents/material_document.h"
 
-#include "documents/field_table.h"
 #include "documents/materials/material_types.h"
-#include "documents/xml_value_codec.h"
+
+#include <cstddef>
+#include <iterator>
 
 const char* const kMaterialTypeWords[] = {
     "",                   // 0: no material
@@ -43,92 +44,65 @@ static_assert(sizeof(kMaterialTypeWords) / sizeof(kMaterialTypeWords[0]) == kMat
 
 namespace {
 
-bool hasNoFields(int32_t type) {
-    return type == 9 || type == 27;
-}
+constexpr FieldDescriptor kMaterialHead[] = {
+    stringField("Common/Name", offsetof(MaterialRecord, Name), kNameChars),
+    intField("Common/AovID", offsetof(MaterialRecord, AovID)),
+};
+static_assert(fieldsFit(kMaterialHead, kMaterialFieldsOffset));
 
-// The table of a number that may carry fields, or null for an unknown number or one whose
-// table isn't there.
 const TypeDescriptor* tableOf(int32_t type) {
     if (type < 1 || type > kMaterialTypeLast) return nullptr;
     return findMaterialType(type);
 }
 
-size_t usableLength(const TypeDescriptor& table) {
-    return table.imageLength < sizeof(MaterialRecord) ? table.imageLength : sizeof(MaterialRecord);
+bool hasNoFields(int32_t type) {
+    return type == 9 || type == 27;
+}
+
+const uint8_t* bytesOf(const MaterialRecord* record) {
+    return reinterpret_cast<const uint8_t*>(record);
 }
 
 } // namespace
 
+const AssetFrame kMaterialFrame = {
+    kMaterialRootWord,
+    kMaterialTypeWords,
+    sizeof(MaterialRecord),
+    kMaterialHead,
+    std::size(kMaterialHead),
+    nullptr, // no shared blocks: no material table is mapped
+    0,
+    tableOf,
+    hasNoFields,
+};
+
 int32_t DetectMaterialType(const char16_t* path) {
-    pugi::xml_document doc;
-    pugi::xml_node root;
-    if (!XmlOpenDocument(doc, path, kMaterialRootWord, &root)) return 0;
-    int32_t type = 0;
-    XmlReadEnumAttribute(root, "type", &type, kMaterialTypeWords);
-    return type;
-}
-
-void ReadMaterialCommon(pugi::xml_node root, MaterialRecord* record) {
-    XmlReadEnumAttribute(root, "type", &record->type, kMaterialTypeWords);
-    const pugi::xml_node common = root.child("Common");
-    XmlReadString(common, "Name", record->Name, kNameChars);
-    XmlReadInt(common, "AovID", &record->AovID);
-}
-
-void WriteMaterialCommon(pugi::xml_node root, const MaterialRecord* record) {
-    XmlWriteEnumAttribute(root, "type", record->type, kMaterialTypeWords);
-    pugi::xml_node common = root.append_child("Common");
-    // The record's name need not be terminated; the copy is.
-    char16_t name[kNameChars + 1] = {};
-    for (size_t i = 0; i < kNameChars; ++i)
-        name[i] = record->Name[i];
-    XmlWriteString(common, "Name", name);
-    XmlWriteInt(common, "AovID", &record->AovID);
-}
-
-bool ReadMaterialWithTable(const TypeDescriptor& table, MaterialRecord* record, const char16_t* path,
-                           ITaviNameInterface* names) {
-    pugi::xml_document doc;
-    pugi::xml_node root;
-    if (!XmlOpenDocument(doc, path, kMaterialRootWord, &root)) return false;
-    ReadMaterialCommon(root, record);
-    readFields(table.fields, table.fieldCount, root.child("SpecificParameters"),
-               reinterpret_cast<uint8_t*>(record), usableLength(table), names);
-    return true;
+    return MaterialDocument(path).type();
 }
 
 bool ReadMaterialDocument(MaterialRecord* record, const char16_t* path, ITaviNameInterface* names) {
-    if (hasNoFields(record->type)) return true;
-    const TypeDescriptor* table = tableOf(record->type);
-    return table && ReadMaterialWithTable(*table, record, path, names);
+    return MaterialDocument(path).read(record, names);
 }
 
-void BuildMaterialWithTable(const TypeDescriptor& table, const MaterialRecord* record,
-                            ITaviNameInterface* names, pugi::xml_document* doc) {
-    doc->reset();
-    pugi::xml_node root = doc->append_child(kMaterialRootWord);
-    WriteMaterialCommon(root, record);
-    writeFields(table.fields, table.fieldCount, root.append_child("SpecificParameters"),
-                reinterpret_cast<const uint8_t*>(record), usableLength(table), names);
-}
-
-bool BuildMaterialDocument(const MaterialRecord* record, ITaviNameInterface* names, pugi::xml_document* doc) {
-    doc->reset();
-    const TypeDescriptor* table = tableOf(record->type);
-    if (!table) return false;
-    BuildMaterialWithTable(*table, record, names, doc);
-    return true;
+void WalkMaterialReferences(const MaterialRecord* record, ITaviNameInterface* names) {
+    walkAssetReferences(kMaterialFrame, bytesOf(record), names);
 }
 
 bool WriteMaterialDocument(const MaterialRecord* record, const char16_t* /*path*/,
                            ITaviNameInterface* names) {
-    if (hasNoFields(record->type)) return true;
-    pugi::xml_document doc;
-    BuildMaterialDocument(record, names, &doc);
-    return false;
+    WalkMaterialReferences(record, names);
+    return hasNoFields(record->type);
 }
 
-void WalkMaterialReferences(const MaterialRecord* record, ITaviNameInterface* names) {
-    WriteMaterialDocument(record, nullptr, names);
+bool BuildMaterialDocument(const MaterialRecord* record, ITaviNameInterface* names, pugi::xml_document* doc) {
+    return buildAssetDocument(kMaterialFrame, bytesOf(record), names, doc);
+}
+
+void ReadMaterialCommon(pugi::xml_node root, MaterialRecord* record) {
+    readAssetHead(kMaterialFrame, root, reinterpret_cast<uint8_t*>(record));
+}
+
+void WriteMaterialCommon(pugi::xml_node root, const MaterialRecord* record) {
+    writeAssetHead(kMaterialFrame, root, bytesOf(record));
 }

@@ -1,11 +1,12 @@
-// TaviMaterial documents: the frame that all material types share, and the two dispatches
-// over the type tables of documents/materials/.
+// TaviMaterial documents: the frame of documents/asset_document.h over MaterialRecord, and the
+// dispatch over the type tables of documents/materials/.
 //
 //   <TaviMaterial type="DIFFUSE">
 //     <Common><Name value="..."/><AovID value="..."/></Common>
 //     <SpecificParameters> the type's keys </SpecificParameters>
 //   </TaviMaterial>
 #pragma once
+#include "documents/asset_document.h"
 #include "scene/records.h"
 
 #include <pugixml.hpp>
@@ -14,7 +15,6 @@
 #include <cstdint>
 
 class ITaviNameInterface;
-struct TypeDescriptor;
 
 // Material type words by number, 0 to 31, then the null end. Numbers 0 and 9 are the empty
 // word; number 32 has no word at all, so no document can name it.
@@ -24,35 +24,34 @@ constexpr char kMaterialRootWord[] = "TaviMaterial";
 // A type's own fields begin here.
 constexpr size_t kMaterialFieldsOffset = 268;
 
+// Types 9 and 27 have no fields: their documents read as a success at once and name nothing. A
+// number outside 1..32 or without a table reads as a failure.
+extern const AssetFrame kMaterialFrame;
+
+// A material document parsed once: its type() is detected from it, then it is read() over the
+// record whose `type` has been set.
+using MaterialDocument = RecordDocument<MaterialRecord, kMaterialFrame>;
+
 // The type that the document at `path` names, 0 when the file can't be read or parsed, has no
 // TaviMaterial root, no type attribute or an unknown word.
 int32_t DetectMaterialType(const char16_t* path);
 
-// Reads the document over the record by the table of the record's `type`. Types 9 and 27 have
-// no fields and succeed at once; a number outside 1..32 or without a table fails and changes
-// nothing, and so does a document that can't be read.
+// Reads the document at `path` over the record by the table of the record's `type`; a document
+// that can't be read changes nothing.
 bool ReadMaterialDocument(MaterialRecord* record, const char16_t* path, ITaviNameInterface* names);
 
-// Serialises the record into a document that is dropped again; `path` is not used. What it
-// leaves behind are its calls on `names`, one per reference, in table order. True only for
-// types 9 and 27, as a type with fields reports no success.
+// The reference walk the registry runs before a material goes to the tracer: one call on
+// `names` per reference, in table order.
+void WalkMaterialReferences(const MaterialRecord* record, ITaviNameInterface* names);
+// The walk with the writer's result, which reports no success but for the types without fields
+// (9 and 27); `path` is not used.
 bool WriteMaterialDocument(const MaterialRecord* record, const char16_t* path, ITaviNameInterface* names);
 
-// The reference walk the registry runs before a material goes to the tracer.
-void WalkMaterialReferences(const MaterialRecord* record, ITaviNameInterface* names);
-
-// Builds the document of the record into `doc` (for the walk, and for checks that read it
-// back). False, with `doc` empty, for a type without a table.
+// Builds the document of the record into `doc` (for document files, and for checks that read
+// it back). False, with `doc` empty, for a type without a table.
 bool BuildMaterialDocument(const MaterialRecord* record, ITaviNameInterface* names, pugi::xml_document* doc);
 
 // The head: `type` as the root's attribute, then Common/Name (64 characters, cleared when
 // missing) and Common/AovID.
 void ReadMaterialCommon(pugi::xml_node root, MaterialRecord* record);
 void WriteMaterialCommon(pugi::xml_node root, const MaterialRecord* record);
-
-// The frame around one given table, which the dispatches above pick by number; also how a table
-// is exercised on its own.
-bool ReadMaterialWithTable(const TypeDescriptor& table, MaterialRecord* record, const char16_t* path,
-                           ITaviNameInterface* names);
-void BuildMaterialWithTable(const TypeDescriptor& table, const MaterialRecord* record,
-                            ITaviNameInterface* names, pugi::xml_document* doc);

@@ -1,10 +1,8 @@
 #include "documents/texmap_document.h"
 
-#include "documents/field_table.h"
 #include "documents/texmaps/texmap_types.h"
-#include "documents/xml_value_codec.h"
 
-#include <cstring>
+#include <cstddef>
 #include <iterator>
 
 const char* const kTexMapTypeWords[] = {
@@ -42,6 +40,11 @@ static_assert(sizeof(kTexMapTypeWords) / sizeof(kTexMapTypeWords[0]) == kTexMapT
 
 namespace {
 
+constexpr FieldDescriptor kTexMapHead[] = {
+    stringField("Common/Name", offsetof(TexMapRecord, Name), kNameChars),
+};
+static_assert(fieldsFit(kTexMapHead, kTexMapPlainFieldsOffset));
+
 // The shared blocks of the mapped shape, which stand under the root ahead of the own fields.
 constexpr FieldDescriptor kMappedBlocks[] = {
     coordGenField("CoordGen", kTexMapCoordGenOffset),
@@ -54,78 +57,54 @@ const TypeDescriptor* tableOf(int32_t type) {
     return findTexMapType(type);
 }
 
-size_t usableLength(const TypeDescriptor& table) {
-    return table.imageLength < sizeof(TexMapRecord) ? table.imageLength : sizeof(TexMapRecord);
+const uint8_t* bytesOf(const TexMapRecord* record) {
+    return reinterpret_cast<const uint8_t*>(record);
 }
 
 } // namespace
 
+const AssetFrame kTexMapFrame = {
+    kTexMapRootWord,
+    kTexMapTypeWords,
+    sizeof(TexMapRecord),
+    kTexMapHead,
+    std::size(kTexMapHead),
+    kMappedBlocks,
+    std::size(kMappedBlocks),
+    tableOf,
+    nullptr, // every type with a table has fields
+};
+
 int32_t DetectTexMapType(const char16_t* path) {
-    pugi::xml_document doc;
-    pugi::xml_node root;
-    if (!XmlOpenDocument(doc, path, kTexMapRootWord, &root)) return 0;
-    int32_t type = 0;
-    XmlReadEnumAttribute(root, "type", &type, kTexMapTypeWords);
-    return type;
+    return TexMapDocument(path).type();
 }
 
-void ReadTexMapCommon(pugi::xml_node root, TexMapRecord* record) {
-    XmlReadEnumAttribute(root, "type", &record->type, kTexMapTypeWords);
-    XmlReadString(root.child("Common"), "Name", record->Name, kNameChars);
-}
-
-void WriteTexMapCommon(pugi::xml_node root, const TexMapRecord* record) {
-    XmlWriteEnumAttribute(root, "type", record->type, kTexMapTypeWords);
-    // The record's name need not be terminated; the copy is.
-    char16_t name[kNameChars + 1] = {};
-    for (size_t i = 0; i < kNameChars; ++i)
-        name[i] = record->Name[i];
-    XmlWriteString(root.append_child("Common"), "Name", name);
+bool ReadTexMapDocument(TexMapRecord* record, const char16_t* path, ITaviNameInterface* names) {
+    return TexMapDocument(path).read(record, names);
 }
 
 bool ReadTexMapWithTable(const TypeDescriptor& table, TexMapRecord* record, const char16_t* path,
                          ITaviNameInterface* names) {
-    pugi::xml_document doc;
-    pugi::xml_node root;
-    if (!XmlOpenDocument(doc, path, kTexMapRootWord, &root)) return false;
-    uint8_t* bytes = reinterpret_cast<uint8_t*>(record);
-    const size_t length = usableLength(table);
-    ReadTexMapCommon(root, record);
-    if (table.mapped) readFields(kMappedBlocks, std::size(kMappedBlocks), root, bytes, length, names);
-    readFields(table.fields, table.fieldCount, root.child("SpecificParameters"), bytes, length, names);
-    if (table.resultTextureOffset == 0) return true;
-    if (table.resultTextureOffset + sizeof(int32_t) > length) return false;
-    int32_t texture = -1;
-    std::memcpy(&texture, bytes + table.resultTextureOffset, sizeof texture);
-    return texture != -1;
+    return TexMapDocument(path).readWithTable(table, record, names);
 }
 
-bool ReadTexMapDocument(TexMapRecord* record, const char16_t* path, ITaviNameInterface* names) {
-    const TypeDescriptor* table = tableOf(record->type);
-    return table && ReadTexMapWithTable(*table, record, path, names);
+void WalkTexMapReferences(const TexMapRecord* record, ITaviNameInterface* names) {
+    walkAssetReferences(kTexMapFrame, bytesOf(record), names);
+}
+
+bool BuildTexMapDocument(const TexMapRecord* record, ITaviNameInterface* names, pugi::xml_document* doc) {
+    return buildAssetDocument(kTexMapFrame, bytesOf(record), names, doc);
 }
 
 void BuildTexMapWithTable(const TypeDescriptor& table, const TexMapRecord* record, ITaviNameInterface* names,
                           pugi::xml_document* doc) {
-    doc->reset();
-    const uint8_t* bytes = reinterpret_cast<const uint8_t*>(record);
-    const size_t length = usableLength(table);
-    pugi::xml_node root = doc->append_child(kTexMapRootWord);
-    WriteTexMapCommon(root, record);
-    if (table.mapped) writeFields(kMappedBlocks, std::size(kMappedBlocks), root, bytes, length, names);
-    writeFields(table.fields, table.fieldCount, root.append_child("SpecificParameters"), bytes, length,
-                names);
+    buildAssetDocument(kTexMapFrame, table, bytesOf(record), names, doc);
 }
 
-bool BuildTexMapDocument(const TexMapRecord* record, ITaviNameInterface* names, pugi::xml_document* doc) {
-    doc->reset();
-    const TypeDescriptor* table = tableOf(record->type);
-    if (!table) return false;
-    BuildTexMapWithTable(*table, record, names, doc);
-    return true;
+void ReadTexMapCommon(pugi::xml_node root, TexMapRecord* record) {
+    readAssetHead(kTexMapFrame, root, reinterpret_cast<uint8_t*>(record));
 }
 
-void WalkTexMapReferences(const TexMapRecord* record, ITaviNameInterface* names) {
-    pugi::xml_document doc;
-    BuildTexMapDocument(record, names, &doc);
+void WriteTexMapCommon(pugi::xml_node root, const TexMapRecord* record) {
+    writeAssetHead(kTexMapFrame, root, bytesOf(record));
 }

@@ -1,5 +1,5 @@
-// TaviTexMap documents: the frame that all texmap types share, and the two dispatches over
-// the type tables of documents/texmaps/.
+// TaviTexMap documents: the frame of documents/asset_document.h over TexMapRecord, and the
+// dispatch over the type tables of documents/texmaps/.
 //
 //   <TaviTexMap type="IMAGE">
 //     <Common><Name value="..."/></Common>
@@ -7,6 +7,7 @@
 //     <SpecificParameters> the type's keys </SpecificParameters>
 //   </TaviTexMap>
 #pragma once
+#include "documents/asset_document.h"
 #include "documents/texmap_blocks.h"
 #include "scene/records.h"
 
@@ -16,7 +17,6 @@
 #include <cstdint>
 
 class ITaviNameInterface;
-struct TypeDescriptor;
 
 // Texmap type words by number, 0 to 27, then the null end. Numbers 0 and 16 are the empty word.
 extern const char* const kTexMapTypeWords[];
@@ -31,31 +31,36 @@ constexpr size_t kTexMapPlainFieldsOffset = 0x108;
 static_assert(kTexMapCoordGenOffset + sizeof(CoordGen) == kTexMapColorOutputOffset);
 static_assert(kTexMapColorOutputOffset + sizeof(ColorOutput) == kTexMapMappedFieldsOffset);
 
+// A number outside 1..27, number 16, or a type without a table reads as a failure. The image
+// maps read as a success only when their texture was found.
+extern const AssetFrame kTexMapFrame;
+
+// A texmap document parsed once: its type() is detected from it, then it is read() over the
+// record whose `type` has been set.
+using TexMapDocument = RecordDocument<TexMapRecord, kTexMapFrame>;
+
 // The type that the document at `path` names, 0 when the file can't be read or parsed, has no
 // TaviTexMap root, no type attribute or an unknown word.
 int32_t DetectTexMapType(const char16_t* path);
 
-// Reads the document over the record by the table of the record's `type`. A number outside
-// 1..27, number 16, or a type without a table fails and changes nothing, and so does a document
-// that can't be read. The image maps report whether their texture was found.
+// Reads the document at `path` over the record by the table of the record's `type`, or by the
+// given table; a document that can't be read changes nothing.
 bool ReadTexMapDocument(TexMapRecord* record, const char16_t* path, ITaviNameInterface* names);
+bool ReadTexMapWithTable(const TypeDescriptor& table, TexMapRecord* record, const char16_t* path,
+                         ITaviNameInterface* names);
 
-// Serialises the record into a document that is dropped again. What it leaves behind are its
-// calls on `names`, one per reference, in table order. Unknown types do nothing.
+// The reference walk the registry runs before a map goes to the tracer: one call on `names` per
+// reference, in table order. Unknown types do nothing.
 void WalkTexMapReferences(const TexMapRecord* record, ITaviNameInterface* names);
 
-// Builds the document of the record into `doc` (for the walk, and for checks that read it
-// back). False, with `doc` empty, for a type without a table.
+// Builds the document of the record into `doc` (for document files, and for checks that read
+// it back), by the record's type or by the given table. False, with `doc` empty, for a type
+// without a table.
 bool BuildTexMapDocument(const TexMapRecord* record, ITaviNameInterface* names, pugi::xml_document* doc);
+void BuildTexMapWithTable(const TypeDescriptor& table, const TexMapRecord* record, ITaviNameInterface* names,
+                          pugi::xml_document* doc);
 
 // The head: `type` as the root's attribute (an unknown word leaves it), Common/Name (64
 // characters, cleared when missing).
 void ReadTexMapCommon(pugi::xml_node root, TexMapRecord* record);
 void WriteTexMapCommon(pugi::xml_node root, const TexMapRecord* record);
-
-// The frame around one given table, which the dispatches above pick by number; also how a table
-// is exercised on its own.
-bool ReadTexMapWithTable(const TypeDescriptor& table, TexMapRecord* record, const char16_t* path,
-                         ITaviNameInterface* names);
-void BuildTexMapWithTable(const TypeDescriptor& table, const TexMapRecord* record, ITaviNameInterface* names,
-                          pugi::xml_document* doc);

@@ -76,8 +76,8 @@ void mixChildReferences(const FieldDescriptor& field, const uint8_t* record, siz
                         const ReferenceVisitor& visit) {
     const size_t count = mixChildrenInUse(field, record, recordSize);
     for (size_t entry = 0; entry < count; ++entry)
-        forEachReference(kMixChildFields, std::size(kMixChildFields), record + field.offset + entry * kMixEntryBytes,
-                         kMixEntryBytes, visit);
+        forEachReference(kMixChildFields, std::size(kMixChildFields),
+                         record + field.offset + entry * kMixEntryBytes, kMixEntryBytes, visit);
 }
 
 constexpr CustomField kMixChildren{readMixChildren, writeMixChildren, mixChildReferences};

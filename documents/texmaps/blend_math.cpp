@@ -121,7 +121,8 @@ void writeLayers(pugi::xml_node parent, const char*, const FieldDescriptor& fiel
     writeEntryList(parent, kLayers, numLayers + 4, count, names);
 }
 
-void layerReferences(const FieldDescriptor& field, const uint8_t* record, size_t, const ReferenceVisitor& visit) {
+void layerReferences(const FieldDescriptor& field, const uint8_t* record, size_t,
+                     const ReferenceVisitor& visit) {
     const uint8_t* numLayers = record + field.offset;
     int32_t count = 0;
     std::memcpy(&count, numLayers, sizeof count);

@@ -57,7 +57,8 @@ void writeChannels(pugi::xml_node parent, const char*, const FieldDescriptor& fi
 }
 
 template <const EntryList& List>
-void channelReferences(const FieldDescriptor& field, const uint8_t* record, size_t, const ReferenceVisitor& visit) {
+void channelReferences(const FieldDescriptor& field, const uint8_t* record, size_t,
+                       const ReferenceVisitor& visit) {
     entryListReferences(List, record + field.offset, List.capacity, visit);
 }
 

@@ -70,7 +70,8 @@ void writeEntryList(pugi::xml_node parent, const EntryList& list, const uint8_t*
     }
 }
 
-void entryListReferences(const EntryList& list, const uint8_t* entries, int64_t count, const ReferenceVisitor& visit) {
+void entryListReferences(const EntryList& list, const uint8_t* entries, int64_t count,
+                         const ReferenceVisitor& visit) {
     count = entriesInUse(list, count);
     for (int64_t i = 0; i < count; ++i)
         forEachReference(list.fields, list.fieldCount, entries + static_cast<size_t>(i) * list.entryBytes,

@@ -36,7 +36,8 @@ void writeEntryList(pugi::xml_node parent, const EntryList& list, const uint8_t*
                     ITaviNameInterface* names);
 
 // Visits the references of the first `count` entries, counted as the writer counts them.
-void entryListReferences(const EntryList& list, const uint8_t* entries, int64_t count, const ReferenceVisitor& visit);
+void entryListReferences(const EntryList& list, const uint8_t* entries, int64_t count,
+                         const ReferenceVisitor& visit);
 
 // ---- Attribute-level values --------------------------------------------------------------------
 
