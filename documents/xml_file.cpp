@@ -2,9 +2,11 @@
 
 #include "platform/files.h"
 
-#include <algorithm>
+#include <cstdint>
 #include <cstring>
+#include <initializer_list>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -13,17 +15,78 @@ namespace {
 // them out as they are, so they must read back; pugixml refuses such a name. Before parsing,
 // every tag name that begins with a digit gets this character in front (a character pugixml
 // takes at the start of a name and that no key holds), and after parsing it is taken off again.
+// A document without such a name goes to the parser as it was read.
 constexpr char32_t kNameGuard = ':';
+
+// ---- The file, in a block that the document takes over ----------------------------------------
+
+// Bytes in memory of pugixml's own, so that the parser can work in them and free them.
+class ParserBlock {
+  public:
+    ParserBlock() = default;
+    explicit ParserBlock(size_t size)
+        : data_(static_cast<uint8_t*>(pugi::get_memory_allocation_function()(size ? size : 1))),
+          size_(data_ ? size : 0) {}
+    ParserBlock(ParserBlock&& other) noexcept : data_(other.data_), size_(other.size_) {
+        other.data_ = nullptr;
+    }
+    ParserBlock& operator=(ParserBlock&& other) noexcept {
+        std::swap(data_, other.data_);
+        std::swap(size_, other.size_);
+        return *this;
+    }
+    ParserBlock(const ParserBlock&) = delete;
+    ParserBlock& operator=(const ParserBlock&) = delete;
+    ~ParserBlock() {
+        if (data_) pugi::get_memory_deallocation_function()(data_);
+    }
+
+    uint8_t* data() const { return data_; }
+    size_t size() const { return size_; }
+    // Hands the block to the parser, which frees it with the document.
+    bool parseInto(pugi::xml_document& doc) {
+        uint8_t* taken = data_;
+        data_ = nullptr;
+        return doc.load_buffer_inplace_own(taken, size_);
+    }
+
+  private:
+    uint8_t* data_ = nullptr;
+    size_t size_ = 0;
+};
+
+bool readWholeFile(const char16_t* path, ParserBlock* block) {
+    const platform::FileHandle file = platform::openForReading(path);
+    if (file == platform::kNoFile) return false;
+    uint64_t size = 0;
+    bool ok = platform::fileSize(file, &size) && size <= SIZE_MAX;
+    if (ok) {
+        *block = ParserBlock(size_t(size));
+        ok = block->data() && block->size() == size;
+        size_t got = 0;
+        while (ok && got < block->size()) {
+            size_t read = 0;
+            ok = platform::readFile(file, block->data() + got, block->size() - got, &read) && read > 0;
+            got += read;
+        }
+    }
+    platform::closeFile(file);
+    return ok;
+}
+
+// ---- The text as code units --------------------------------------------------------------------
 
 // The text as code units of one width and byte order, found the way pugixml finds them: from a
 // byte-order mark, or from how the first '<' is spelled.
 struct Units {
-    std::vector<uint8_t>& bytes;
+    const uint8_t* bytes;
+    size_t size;
     size_t width = 1;
     bool bigEndian = false;
 
-    size_t count() const { return bytes.size() / width; }
+    size_t count() const { return size / width; }
     char32_t at(size_t i) const {
+        if (width == 1) return bytes[i];
         char32_t unit = 0;
         for (size_t b = 0; b < width; ++b) {
             const size_t shift = bigEndian ? (width - 1 - b) * 8 : b * 8;
@@ -31,20 +94,30 @@ struct Units {
         }
         return unit;
     }
-    void append(char32_t unit, std::vector<uint8_t>& out) const {
+    // The index of the next unit `c` from `from` on, or count().
+    size_t find(char c, size_t from) const {
+        if (width == 1) {
+            const void* found = from < size ? std::memchr(bytes + from, c, size - from) : nullptr;
+            return found ? size_t(static_cast<const uint8_t*>(found) - bytes) : size;
+        }
+        while (from < count() && at(from) != char32_t(c))
+            ++from;
+        return from;
+    }
+    void put(char32_t unit, uint8_t* out) const {
         for (size_t b = 0; b < width; ++b) {
             const size_t shift = bigEndian ? (width - 1 - b) * 8 : b * 8;
-            out.push_back(uint8_t(unit >> shift));
+            out[b] = uint8_t(unit >> shift);
         }
     }
 };
 
-bool startsWith(const std::vector<uint8_t>& bytes, std::initializer_list<uint8_t> prefix) {
-    return bytes.size() >= prefix.size() && std::equal(prefix.begin(), prefix.end(), bytes.begin());
+bool startsWith(const Units& text, std::initializer_list<uint8_t> prefix) {
+    return text.size >= prefix.size() && std::memcmp(text.bytes, prefix.begin(), prefix.size()) == 0;
 }
 
 void detectUnits(Units* units) {
-    const std::vector<uint8_t>& b = units->bytes;
+    const Units& b = *units;
     if (startsWith(b, {0x00, 0x00, 0xFE, 0xFF}) || startsWith(b, {0x00, 0x00, 0x00, 0x3C})) {
         units->width = 4, units->bigEndian = true;
     } else if (startsWith(b, {0xFF, 0xFE, 0x00, 0x00}) || startsWith(b, {0x3C, 0x00, 0x00, 0x00})) {
@@ -56,14 +129,18 @@ void detectUnits(Units* units) {
     }
 }
 
-bool isDigit(char32_t unit) { return unit >= '0' && unit <= '9'; }
+bool isDigit(char32_t unit) {
+    return unit >= '0' && unit <= '9';
+}
 
 // Index just past `terminator` from `from`, or the end.
 size_t skipPast(const Units& units, size_t from, const char* terminator) {
     const size_t length = std::strlen(terminator);
-    for (size_t i = from; i + length <= units.count(); ++i) {
-        size_t k = 0;
-        while (k < length && units.at(i + k) == char32_t(terminator[k])) ++k;
+    for (size_t i = units.find(terminator[0], from); i + length <= units.count();
+         i = units.find(terminator[0], i + 1)) {
+        size_t k = 1;
+        while (k < length && units.at(i + k) == char32_t(terminator[k]))
+            ++k;
         if (k == length) return i + length;
     }
     return units.count();
@@ -76,18 +153,15 @@ bool matchesAt(const Units& units, size_t i, const char* text) {
     return true;
 }
 
+// ---- Where the guards go -----------------------------------------------------------------------
+
 // The positions (in units) where a guard goes: the first character of each start or end tag
 // name that is a digit. Comments, processing instructions, declarations and quoted attribute
 // values are passed over whole.
 std::vector<size_t> guardPositions(const Units& units) {
     std::vector<size_t> positions;
     const size_t n = units.count();
-    size_t i = 0;
-    while (i < n) {
-        if (units.at(i) != '<') {
-            ++i;
-            continue;
-        }
+    for (size_t i = units.find('<', 0); i < n; i = units.find('<', i)) {
         if (matchesAt(units, i, "<!--")) {
             i = skipPast(units, i + 4, "-->");
         } else if (matchesAt(units, i, "<![CDATA[")) {
@@ -118,6 +192,33 @@ std::vector<size_t> guardPositions(const Units& units) {
     return positions;
 }
 
+// Whether a guard character followed by a digit stands anywhere: only then can a parsed
+// element name look guarded.
+bool mayHoldGuardedName(const Units& units) {
+    for (size_t i = units.find(char(kNameGuard), 0); i + 1 < units.count();
+         i = units.find(char(kNameGuard), i + 1))
+        if (isDigit(units.at(i + 1))) return true;
+    return false;
+}
+
+// The text with a guard unit before each position.
+ParserBlock withGuards(const Units& units, const std::vector<size_t>& positions) {
+    ParserBlock guarded(units.size + positions.size() * units.width);
+    if (guarded.size() != units.size + positions.size() * units.width) return guarded;
+    uint8_t* out = guarded.data();
+    size_t from = 0;
+    for (size_t position : positions) {
+        const size_t at = position * units.width;
+        std::memcpy(out, units.bytes + from, at - from);
+        out += at - from;
+        units.put(kNameGuard, out);
+        out += units.width;
+        from = at;
+    }
+    std::memcpy(out, units.bytes + from, units.size - from);
+    return guarded;
+}
+
 // A walker rather than recursion: a document may nest deeper than the stack would allow.
 struct GuardRemover : pugi::xml_tree_walker {
     bool for_each(pugi::xml_node& node) override {
@@ -130,47 +231,24 @@ struct GuardRemover : pugi::xml_tree_walker {
     }
 };
 
-bool readWholeFile(const char16_t* path, std::vector<uint8_t>* bytes) {
-    const platform::FileHandle file = platform::openForReading(path);
-    if (file == platform::kNoFile) return false;
-    uint64_t size = 0;
-    bool ok = platform::fileSize(file, &size) && size <= SIZE_MAX;
-    if (ok) {
-        bytes->resize(size_t(size));
-        size_t got = 0;
-        while (ok && got < bytes->size()) {
-            size_t read = 0;
-            ok = platform::readFile(file, bytes->data() + got, bytes->size() - got, &read) && read > 0;
-            got += read;
-        }
-    }
-    platform::closeFile(file);
-    return ok;
-}
-
 } // namespace
 
 bool loadXmlFile(pugi::xml_document& doc, const char16_t* path) {
-    std::vector<uint8_t> bytes;
-    if (!readWholeFile(path, &bytes)) return false;
-    Units units{bytes};
+    ParserBlock block;
+    if (!readWholeFile(path, &block)) return false;
+    if (block.size() == 0) return false; // pugixml finds no document element in nothing
+    Units units{block.data(), block.size()};
     detectUnits(&units);
     const std::vector<size_t> guards = guardPositions(units);
-
-    std::vector<uint8_t> text;
-    text.reserve(bytes.size() + guards.size() * units.width);
-    size_t next = 0;
-    for (size_t i = 0; i < units.count(); ++i) {
-        if (next < guards.size() && guards[next] == i) {
-            units.append(kNameGuard, text);
-            ++next;
-        }
-        text.insert(text.end(), bytes.begin() + i * units.width, bytes.begin() + (i + 1) * units.width);
+    const bool removeGuards = !guards.empty() || mayHoldGuardedName(units);
+    if (!guards.empty()) {
+        block = withGuards(units, guards);
+        if (!block.data()) return false;
     }
-    text.insert(text.end(), bytes.begin() + units.count() * units.width, bytes.end());
-
-    if (!doc.load_buffer(text.data(), text.size())) return false;
-    GuardRemover remover;
-    doc.traverse(remover);
+    if (!block.parseInto(doc)) return false;
+    if (removeGuards) {
+        GuardRemover remover;
+        doc.traverse(remover);
+    }
     return true;
 }
