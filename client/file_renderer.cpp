@@ -2,8 +2,8 @@
 
 #include "client/console.h"
 #include "client/messages.h"
-#include "platform/console.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 
@@ -13,17 +13,12 @@ const char16_t kEmptyText[] = u"";
 
 } // namespace
 
-FileRenderer::FileRenderer(ClientOptions* options) : options(options) {}
+FileRenderer::FileRenderer(const ClientOptions& options)
+    : options_(options), progress_(options.scenePath), log_(progress_), assets_(options, log_, *this, *this) {}
 
 FileRenderer::~FileRenderer() {
-    releaseRecords();
-    if (tracer) {
-        reportInfo(messages::kClosingRenderer);
-        tracer->shutdown(this);
-    }
-    platform::unloadModule(library);
-    errorText.clear();
-    warningText.clear();
+    assets_.release();
+    engine_.shutdown(log_, this);
 }
 
 void* FileRenderer::destroy(uint32_t flags) {
@@ -31,6 +26,59 @@ void* FileRenderer::destroy(uint32_t flags) {
     if (flags & 1) ::operator delete(this);
     return this;
 }
+
+int32_t FileRenderer::renderLoaded(int32_t result) {
+    if (result != 0 && (options_.ignoreWarnings == 0 || result != 1)) {
+        consolePrint(messages::kNotStarted);
+        return result;
+    }
+    int32_t tail = StatusErrors;
+    if (ITaviTracer* tracer = engine_.tracer()) {
+        // -ignorewarnings only spares the line above: a load with warnings never renders.
+        if (log_.level() == StatusOk) {
+            assets_.release();
+            progress_.beginRendering();
+            log_.raise(tracer->render(this));
+            progress_.endRendering();
+        }
+        tail = log_.level();
+    }
+    return std::max(result, tail);
+}
+
+// ---------------------------------------------------------------- names
+
+int32_t* FileRenderer::GetTextureId(int32_t* result, const char16_t* name) {
+    *result = assets_.textureId(name);
+    return result;
+}
+
+int32_t* FileRenderer::GetTexMapId(int32_t* result, const char16_t* name) {
+    *result = assets_.texmapId(name);
+    return result;
+}
+
+int32_t* FileRenderer::GetMaterialId(int32_t* result, const char16_t* name) {
+    *result = assets_.materialId(name);
+    return result;
+}
+
+const char16_t* FileRenderer::GetTextureName(int32_t id) { return assets_.textureName(id); }
+const char16_t* FileRenderer::GetTexMapName(int32_t id) { return assets_.texmapName(id); }
+const char16_t* FileRenderer::GetMaterialName(int32_t id) { return assets_.materialName(id); }
+uint64_t FileRenderer::GetModelId(const char16_t* name) { return assets_.modelHandle(name); }
+const char16_t* FileRenderer::GetModelName() { return kEmptyText; }
+
+// ---------------------------------------------------------------- progress and messages
+
+bool FileRenderer::onProgress(const ProgressInfo* info) {
+    progress_.show(*info);
+    return true;
+}
+
+void FileRenderer::reportError(const char16_t* text, int64_t) { log_.error(text); }
+void FileRenderer::reportWarning(const char16_t* text, int64_t) { log_.warning(text); }
+void FileRenderer::reportInfo(const char16_t* text) { log_.info(text); }
 
 // ---------------------------------------------------------------- inert callbacks
 // The engine asks these of every client; this one answers that nothing is going on.
@@ -67,36 +115,3 @@ Value16* FileRenderer::defaultValue(Value16* result) {
 
 bool FileRenderer::acceptSave() { return true; }
 bool FileRenderer::acceptOutput() { return true; }
-
-// ---------------------------------------------------------------- messages
-
-// A message during rendering must not share the line of the progress bar.
-void FileRenderer::beginMessageLine() {
-    if (rendering && !messageShown) consolePrint(u"\n");
-}
-
-void FileRenderer::reportMessage(std::u16string& target, const char16_t* text) {
-    beginMessageLine();
-    std::u16string line = text ? text : kEmptyText;
-    line += u'\n';
-    target += line;
-    // The text is the format: engines rely on "%%" printing as one percent sign.
-    consolePrint(line.c_str());
-    platform::debugOutput(line.c_str());
-    messageShown = true;
-    lastStage = kStageRestart;
-}
-
-void FileRenderer::reportError(const char16_t* text, int64_t) { reportMessage(errorText, text); }
-
-void FileRenderer::reportWarning(const char16_t* text, int64_t) { reportMessage(warningText, text); }
-
-void FileRenderer::reportInfo(const char16_t* text) {
-    beginMessageLine();
-    const char16_t* shown = text ? text : kEmptyText;
-    consolePrint(u"%ls\n", shown);
-    platform::debugOutput(shown);
-    platform::debugOutput(u"\n");
-    messageShown = true;
-    lastStage = kStageRestart;
-}

@@ -1,50 +1,43 @@
-// The one object that carries a run: both callback interfaces of the engine, the engine
-// module itself, the run's status and the texts of its errors and warnings.
+// The client at the engine's boundary: both callback interfaces the engine calls, answered by
+// the parts that own each concern (the asset registry, the progress display, the message log
+// and the engine module).
 #pragma once
 #include "bridge/name_interface.h"
 #include "bridge/render_callback.h"
 #include "bridge/tracer.h"
+#include "client/asset_registry.h"
 #include "client/client_options.h"
-#include "client/name_table.h"
-#include "client/registry_entries.h"
-#include "platform/module.h"
-#include "scene/temp_objects.h"
+#include "client/engine_module.h"
+#include "client/message_log.h"
+#include "client/progress_display.h"
 
 #include <cstdint>
-#include <string>
-
-// Status levels, kept as the worst so far.
-enum StatusLevel : int32_t {
-    StatusOk = 0,
-    StatusWarnings = 1,
-    StatusErrors = 2,
-    StatusUnusable = 3,
-    StatusOutOfMemory = 4,
-};
-
-// Marks that the progress bar has to be begun again.
-constexpr int32_t kStageRestart = static_cast<int32_t>(0x80000001u);
-
-extern double gRunStartSeconds;
-extern double gRenderStartSeconds;
-extern int64_t gLastTitleSecond;
-
-double elapsedSeconds();
 
 class FileRenderer final : public ITaviNameInterface, public ITaviRenderCallback {
   public:
-    explicit FileRenderer(ClientOptions* options);
+    explicit FileRenderer(const ClientOptions& options);
     ~FileRenderer();
     FileRenderer(const FileRenderer&) = delete;
     FileRenderer& operator=(const FileRenderer&) = delete;
 
+    // Loads the engine module beside the executable; false when there is none to use.
+    bool startEngine() { return engine_.start(log_); }
+    // An engine already in the process instead of the module.
+    void attachEngine(ITaviTracer* tracer) { engine_.attach(tracer); }
+    // Starts the clock of the title's elapsed time.
+    void startRun() { progress_.startRun(); }
+
+    // Reads the scene and hands it to the engine; the run's level so far.
     int32_t loadScene();
-    void releaseRecords();
     // Runs the engine over the loaded scene and returns the final level.
     int32_t renderLoaded(int32_t loadResult);
-    void raiseStatus(int32_t level) {
-        if (level > status) status = level;
-    }
+
+    const ClientOptions& options() const { return options_; }
+    ITaviTracer* tracer() const { return engine_.tracer(); }
+    AssetRegistry& assets() { return assets_; }
+    MessageLog& log() { return log_; }
+    const MessageLog& log() const { return log_; }
+    const ProgressDisplay& progress() const { return progress_; }
 
     // ITaviNameInterface
     int32_t* GetTextureId(int32_t* result, const char16_t* name) override;
@@ -78,52 +71,10 @@ class FileRenderer final : public ITaviNameInterface, public ITaviRenderCallback
     void reportWarning(const char16_t* text, int64_t code) override;
     void reportInfo(const char16_t* text) override;
 
-    // Registries. The lookup-only forms never create and never touch a folder.
-    int32_t findOrCreateTexture(const char16_t* name, bool lookupOnly);
-    int32_t findOrCreateTexMap(const char16_t* name, bool lookupOnly);
-    int32_t findOrCreateMaterial(const char16_t* name, bool lookupOnly);
-
-    ClientOptions* options;
-    NameTable textureNames, texmapNames, materialNames, modelNames;
-    NameTable textureIds, texmapIds, materialIds;
-    TextureFileEntry* textureFiles = nullptr;
-    TextureDataEntry* textureData = nullptr;
-    TexMapEntry* texmapRecords = nullptr;
-    MaterialEntry* materialRecords = nullptr;
-    ModelNameRecord* modelRecords = nullptr;
-    IdCounter nextTextureId{0};
-    IdCounter nextTexmapId{0};
-    IdCounter nextMaterialId{0};
-    // Names whose documents are being read to create them, innermost first. Such an item is
-    // registered only once its document is read, so a document that names itself, or a ring
-    // of documents naming each other, is caught here rather than read again without end.
-    struct Creation {
-        const char16_t* name;
-        const void* kind;
-        const Creation* outer;
-    };
-    const Creation* creating = nullptr;
-    TempCamera tempCamera;
-    platform::ModuleHandle library = nullptr;
-    ITaviTracer* tracer = nullptr;
-    bool resolving = false;
-    bool rendering = false;
-    bool messageShown = false;
-    int32_t status = StatusOk;
-    int32_t lastStage = kStageRestart;
-    int32_t starsPrinted = 0;
-    std::u16string errorText;
-    std::u16string warningText;
-
-    // The registry node of a texture map or material by name, without creating one.
-    template <class Kind>
-    typename Kind::Entry* findAsset(const char16_t* name);
-
   private:
-    TextureEntryHead* findTexture(const char16_t* name) const;
-
-    void beginMessageLine();
-    void reportMessage(std::u16string& target, const char16_t* text);
-    void beginProgressFrame(int32_t stage, double now);
-    void updateRenderTitle(const ProgressInfo& info, double now);
+    const ClientOptions& options_;
+    ProgressDisplay progress_;
+    MessageLog log_;
+    EngineModule engine_;
+    AssetRegistry assets_;
 };

@@ -4,7 +4,6 @@
 #include "client/file_renderer.h"
 #include "client/scene_load.h"
 #include "client/sweep.h"
-#include "common/hash.h"
 #include "common/wide_format.h"
 #include "scene/geometry_readers.h"
 
@@ -55,22 +54,11 @@ void requestMaterials(FileRenderer& renderer, const SprMesh& sprites) {
     }
 }
 
-int32_t addModel(FileRenderer& r, TriangleMesh* head) { return r.tracer->addTriangleMeshes(head, &r); }
-int32_t addModel(FileRenderer& r, FurMesh* head) { return r.tracer->addFur(head, &r); }
-int32_t addModel(FileRenderer& r, SprMesh* head) { return r.tracer->addSprites(head, &r); }
+int32_t addModel(FileRenderer& r, TriangleMesh* head) { return r.tracer()->addTriangleMeshes(head, &r); }
+int32_t addModel(FileRenderer& r, FurMesh* head) { return r.tracer()->addFur(head, &r); }
+int32_t addModel(FileRenderer& r, SprMesh* head) { return r.tracer()->addSprites(head, &r); }
 
 } // namespace
-
-void SceneLoad::nameModel(const char16_t* name, void*& modelNode) {
-    auto* model = newZeroedEntry<ModelNameRecord>();
-    model->next = renderer.modelRecords;
-    renderer.modelRecords = model;
-    model->handle = reinterpret_cast<uint64_t>(model);
-    modelNode = model;
-    copyBounded(model->name, kNameChars, name);
-    // A model that cannot be found by name still renders; the sweep goes on.
-    renderer.modelNames.insert(nameKey(model->name), model);
-}
 
 template <class Mesh>
 SceneStatus SceneLoad::registerModels() {
@@ -80,7 +68,7 @@ SceneStatus SceneLoad::registerModels() {
         // in the hand-over.
         status = readModel(reader, head, offset, ModelArrays::CheckedOnly);
         if (status == SceneOk)
-            for (Mesh* part = head; part; part = part->next) nameModel(part->name, part->modelNode);
+            for (Mesh* part = head; part; part = part->next) assets_.nameModel(part->name, part->modelNode);
         if (head) head->Release();
         return true;
     });
@@ -92,8 +80,8 @@ SceneStatus SceneLoad::handOverModels() {
         Mesh* head = nullptr;
         status = readModel(reader, head, offset, ModelArrays::Copied);
         if (status == SceneOk && head) {
-            for (Mesh* part = head; part; part = part->next) requestMaterials(renderer, *part);
-            renderer.raiseStatus(addModel(renderer, head));
+            for (Mesh* part = head; part; part = part->next) requestMaterials(renderer_, *part);
+            log_.raise(addModel(renderer_, head));
         }
         if (head) head->Release();
         return true;

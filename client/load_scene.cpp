@@ -2,7 +2,7 @@
 // the settings and the render camera, then to hand everything to the engine in the order the
 // engine relies on.
 #include "client/file_renderer.h"
-#include "client/load_messages.h"
+#include "client/messages.h"
 #include "client/scene_load.h"
 #include "scene/scene_readers.h"
 
@@ -11,43 +11,31 @@
 namespace {
 
 // What a reader's last status means to the user, and the level it costs at least.
-void reportSceneStatus(FileRenderer& renderer, SceneStatus status) {
+void reportSceneStatus(MessageLog& log, SceneStatus status) {
     switch (status) {
     case SceneOk: break;
-    case SceneInvalid:
-        renderer.reportError(messages::kInvalidScene, 0);
-        renderer.raiseStatus(StatusErrors);
-        break;
-    case SceneOutOfMemory: renderer.raiseStatus(StatusOutOfMemory); break;
-    case SceneBadVersion:
-        renderer.reportError(messages::kUnknownVersion, 0);
-        renderer.raiseStatus(StatusErrors);
-        break;
-    case SceneIoError:
-        renderer.reportError(messages::kIoError, 0);
-        renderer.raiseStatus(StatusUnusable);
-        break;
-    case SceneEndOfChunks:
-        renderer.reportError(messages::kInvalidScene, 0);
-        renderer.raiseStatus(StatusUnusable);
-        break;
+    case SceneInvalid: log.fail(messages::kInvalidScene, StatusErrors); break;
+    case SceneOutOfMemory: log.raise(StatusOutOfMemory); break;
+    case SceneBadVersion: log.fail(messages::kUnknownVersion, StatusErrors); break;
+    case SceneIoError: log.fail(messages::kIoError, StatusUnusable); break;
+    case SceneEndOfChunks: log.fail(messages::kInvalidScene, StatusUnusable); break;
     }
 }
 
 } // namespace
 
 int32_t FileRenderer::loadScene() {
-    if (!tracer) {
-        status = StatusErrors;
-        return status;
+    log_.resetLevel();
+    if (!tracer()) {
+        log_.raise(StatusErrors);
+        return log_.level();
     }
-    status = StatusOk;
-    resolving = false;
+    assets_.endResolution();
     auto load = std::make_unique<SceneLoad>(*this);
-    SceneStatus sceneStatus = load->reader.open(options->scenePath.c_str());
+    SceneStatus sceneStatus = load->reader.open(options_.scenePath.c_str());
     if (sceneStatus == SceneOk) sceneStatus = load->run();
-    if (!load->stopped) reportSceneStatus(*this, sceneStatus);
-    resolving = false;
+    if (!load->stopped) reportSceneStatus(log_, sceneStatus);
+    assets_.endResolution();
     load->reader.close();
-    return status;
+    return log_.level();
 }

@@ -21,4 +21,15 @@ constexpr char16_t kInvalidScene[] = u"Error: invalid scene file.";
 constexpr char16_t kUnknownVersion[] = u"Error: unknown version of scene file.";
 constexpr char16_t kIoError[] = u"Error: IO error.";
 
+constexpr char16_t kDuplicateTexture[] = u"Error: two textures with same name %ls, but different ID detected.";
+constexpr char16_t kDuplicateTexMap[] = u"Error: two texmaps with same name %ls, but different ID detected.";
+constexpr char16_t kDuplicateMaterial[] = u"Error: two materials with same name %ls, but different ID detected.";
+constexpr char16_t kTexMapRecursion[] = u"Error: texmap %ls recurrently referenced by itself.";
+constexpr char16_t kMaterialRecursion[] = u"Error: material %ls recurrently referenced by itself.";
+constexpr char16_t kSettingsDocumentFailed[] =
+    u"Error: the custom settings specified, but the file could not be loaded.";
+constexpr char16_t kCameraDocumentFailed[] = u"Error: XML camera file specified, but is not found.";
+constexpr char16_t kForcingFormats[] = u"Warning: Forcing Jpeg, TIFF and EXR!\n";
+constexpr char16_t kToneOperatorSwitched[] = u"Warning: the external tonemap operator specified! Switched to ACES.\n";
+
 } // namespace messages

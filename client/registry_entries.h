@@ -1,5 +1,5 @@
-// The records of the name registries: one node per texture, texture map, material and model,
-// linked through their first word into the lists of FileRenderer.
+// The nodes of the asset registries: one per texture, texture map, material and model. The
+// engine is handed the record inside a node; the rest is the registry's own bookkeeping.
 #pragma once
 #include "scene/records.h"
 
@@ -29,54 +29,34 @@ class IdCounter {
     int32_t next_;
 };
 
-enum TextureKind : uint32_t { TextureKindFile = 0, TextureKindData = 1 };
+// Whether the engine is handed `file` or `data` of a texture node.
+enum class TextureKind : uint32_t { File, Data };
 
-struct TextureFileEntry {
-    TextureFileEntry* next;
-    uint32_t kind; // TextureKindFile
+struct TextureEntry {
+    TextureEntry* next;
+    TextureKind kind;
+    // A texture created by name keeps -1 in its record; the registry's id is this one.
     int32_t id;
     uint32_t handed;
-    TextureFileRecord record;
+    TextureFileRecord file;
+    TextureDataRecord data;
 };
 
-struct TextureDataEntry {
-    TextureDataEntry* next;
-    uint32_t kind; // TextureKindData
-    int32_t id;
-    uint32_t handed;
-    TextureDataRecord record;
-};
-
-// The two texture layouts share their head, so either is reached through it.
-struct TextureEntryHead {
-    void* next;
-    uint32_t kind;
-    int32_t id;
-    uint32_t handed;
-};
-
-struct TexMapEntry {
-    TexMapEntry* next;
-    TexMapRecord record;
+// Texture maps and materials, which documents may replace.
+template <class Record>
+struct DocumentedEntry {
+    DocumentedEntry* next;
+    Record record;
     uint32_t handed, busy, documentTried;
 };
-
-struct MaterialEntry {
-    MaterialEntry* next;
-    MaterialRecord record;
-    uint32_t handed, busy, documentTried;
-};
+using TexMapEntry = DocumentedEntry<TexMapRecord>;
+using MaterialEntry = DocumentedEntry<MaterialRecord>;
 
 struct ModelNameRecord {
     ModelNameRecord* next;
     uint64_t handle;
     char16_t name[kNameChars];
 };
-
-inline const char16_t* textureName(const TextureEntryHead* head) {
-    return head->kind == TextureKindData ? reinterpret_cast<const TextureDataEntry*>(head)->record.name
-                                         : reinterpret_cast<const TextureFileEntry*>(head)->record.name;
-}
 
 // Registry nodes start zeroed; they come from the process's allocator, which is the pool.
 template <class Entry>

@@ -1,39 +1,28 @@
-// One load of a scene file: the reader, the settings being built and the sweeps over the chain.
+// One load of a scene file: the reader, the settings being built, the kept render camera and
+// the sweeps over the chain.
 #pragma once
-#include "client/registry_entries.h"
+#include "client/asset_registry.h"
 #include "scene/records.h"
 #include "scene/scene_file_reader.h"
+#include "scene/temp_objects.h"
 
 #include <cstdint>
 
 class FileRenderer;
-class NameTable;
-
-// Where one kind of asset is registered, and how a clash of names is told.
-struct Registry {
-    int32_t (FileRenderer::*find)(const char16_t* name, bool lookupOnly);
-    NameTable* names;
-    NameTable* ids;
-    IdCounter* nextId;
-    const char16_t* duplicateMessage;
-};
 
 class SceneLoad {
   public:
-    explicit SceneLoad(FileRenderer& renderer) : renderer(renderer) {}
+    explicit SceneLoad(FileRenderer& renderer);
 
     // The reader's last status; `stopped` tells that the load ended on a report of its own.
     SceneStatus run();
 
-    FileRenderer& renderer;
     SceneFileReader reader;
-    SettingsRecord settings;
     bool stopped = false;
 
   private:
-    template <class Entry>
-    SceneStatus registerAll(Entry*& list, const Registry& registry);
-    bool registerEntry(void* entry, const char16_t* name, int32_t id, const Registry& registry);
+    template <class Kind, class Read>
+    SceneStatus adoptAll(Registry<Kind>& registry, Read read, const char16_t* duplicateMessage);
     SceneStatus readSceneSettings();
     bool applySettingsDocument();
     void applyCommandLine();
@@ -48,10 +37,17 @@ class SceneLoad {
     SceneStatus registerModels();
     template <class Mesh>
     SceneStatus handOverModels();
-    void nameModel(const char16_t* name, void*& modelNode);
     void stop(int32_t level) {
         stopped = true;
-        raiseLevel(level);
+        log_.raise(level);
     }
-    void raiseLevel(int32_t level);
+
+    FileRenderer& renderer_;
+    const ClientOptions& options_;
+    AssetRegistry& assets_;
+    MessageLog& log_;
+    ITaviTracer* tracer_;
+    SettingsRecord settings_;
+    // The last camera of role 0 on the chain, as documents left it, for the transfer.
+    TempCamera renderCamera_;
 };

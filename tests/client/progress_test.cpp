@@ -1,5 +1,8 @@
-// The progress bar and the message callbacks, driven the way an engine drives them.
+// The progress bar and the message log, driven the way an engine drives them, and the
+// callbacks that answer that nothing is going on.
 #include "client/file_renderer.h"
+#include "client/message_log.h"
+#include "client/progress_display.h"
 
 #include <gtest/gtest.h>
 
@@ -14,17 +17,12 @@ std::string stars(int n) { return std::string(n, '*'); }
 
 class Progress : public testing::Test {
   protected:
-    void SetUp() override {
-        options.scenePath = u"scene.tavi";
-        renderer.rendering = true;
-        gRenderStartSeconds = 0;
-        gLastTitleSecond = 0;
-    }
+    void SetUp() override { display.beginRendering(); }
 
     std::string progress(int32_t stage, float fraction, int32_t passes = 0) {
         ProgressInfo info{fraction, stage, 0, passes};
         testing::internal::CaptureStdout();
-        EXPECT_TRUE(renderer.onProgress(&info));
+        display.show(info);
         return testing::internal::GetCapturedStdout();
     }
 
@@ -35,8 +33,9 @@ class Progress : public testing::Test {
         return testing::internal::GetCapturedStdout();
     }
 
-    ClientOptions options;
-    FileRenderer renderer{&options};
+    std::u16string scenePath = u"scene.tavi";
+    ProgressDisplay display{scenePath};
+    MessageLog log{display};
 };
 
 TEST_F(Progress, StarsFollowThePercentOfTheStage) {
@@ -60,51 +59,68 @@ TEST_F(Progress, StarsFollowThePercentOfTheStage) {
 }
 
 TEST_F(Progress, NothingOutsideRendering) {
-    renderer.rendering = false;
+    testing::internal::CaptureStdout();
+    display.endRendering();
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "\n");
     EXPECT_EQ(progress(1, 0.5f), "");
-    EXPECT_EQ(renderer.lastStage, kStageRestart);
+    EXPECT_EQ(display.stage(), kStageRestart);
 }
 
 TEST_F(Progress, RenderStartIsTakenOnlyFromAStageChange) {
     progress(1, 0.1f); // straight from the restart mark
-    EXPECT_EQ(gRenderStartSeconds, 0.0);
+    EXPECT_EQ(display.renderStart(), 0.0);
     progress(0, 0.1f);
     progress(1, 0.1f);
-    EXPECT_GT(gRenderStartSeconds, 0.0);
-    double start = gRenderStartSeconds;
-    printed([&] { renderer.reportWarning(u"w", 0); });
+    EXPECT_GT(display.renderStart(), 0.0);
+    const double start = display.renderStart();
+    printed([&] { log.warning(u"w"); });
     progress(1, 0.2f); // back from a message: the same rendering stage
-    EXPECT_EQ(gRenderStartSeconds, start);
+    EXPECT_EQ(display.renderStart(), start);
 }
 
 TEST_F(Progress, AMessageBreaksTheBarAndTheNextCallRedrawsIt) {
     progress(1, 0.0f);
     progress(1, 0.3f);
-    EXPECT_EQ(printed([&] { renderer.reportWarning(u"Warning: low memory", 0); }), "\nWarning: low memory\n");
+    EXPECT_EQ(printed([&] { log.warning(u"Warning: low memory"); }), "\nWarning: low memory\n");
     // A second message starts on a line of its own already.
-    EXPECT_EQ(printed([&] { renderer.reportError(u"Error: lost", 0); }), "Error: lost\n");
+    EXPECT_EQ(printed([&] { log.error(u"Error: lost"); }), "Error: lost\n");
     EXPECT_EQ(progress(1, 0.4f), "\nRendering ...\n" + kFrame + stars(40));
-    EXPECT_EQ(renderer.warningText, u"Warning: low memory\n");
-    EXPECT_EQ(renderer.errorText, u"Error: lost\n");
+    EXPECT_EQ(log.warnings(), u"Warning: low memory\n");
+    EXPECT_EQ(log.errors(), u"Error: lost\n");
 }
 
 TEST_F(Progress, ErrorTextsAreFormatsButInfoIsLiteral) {
-    renderer.rendering = false;
+    display.endRendering();
     struct Case {
-        void (FileRenderer::*report)(const char16_t*, int64_t);
-        std::u16string FileRenderer::*collected;
-    } cases[] = {{&FileRenderer::reportError, &FileRenderer::errorText},
-                 {&FileRenderer::reportWarning, &FileRenderer::warningText}};
+        void (MessageLog::*report)(const char16_t*);
+        const std::u16string& (MessageLog::*collected)() const;
+    } cases[] = {{&MessageLog::error, &MessageLog::errors}, {&MessageLog::warning, &MessageLog::warnings}};
     for (const Case& c : cases) {
-        EXPECT_EQ(printed([&] { (renderer.*c.report)(u"100%% done, %s", 0); }), "100% done, \n");
-        EXPECT_EQ(renderer.*c.collected, u"100%% done, %s\n");
+        EXPECT_EQ(printed([&] { (log.*c.report)(u"100%% done, %s"); }), "100% done, \n");
+        EXPECT_EQ((log.*c.collected)(), u"100%% done, %s\n");
     }
-    EXPECT_EQ(printed([&] { renderer.reportInfo(u"100%% done"); }), "100%% done\n");
-    EXPECT_EQ(renderer.lastStage, kStageRestart);
-    EXPECT_TRUE(renderer.messageShown);
+    EXPECT_EQ(printed([&] { log.info(u"100%% done"); }), "100%% done\n");
+    EXPECT_EQ(display.stage(), kStageRestart);
+    EXPECT_TRUE(display.messageShown());
 }
 
-TEST_F(Progress, InertCallbacksAnswerAsTheEngineExpects) {
+TEST_F(Progress, TheLogKeepsTheWorstLevel) {
+    const int32_t steps[] = {StatusWarnings, StatusOk, StatusOutOfMemory, StatusErrors};
+    const int32_t kept[] = {StatusWarnings, StatusWarnings, StatusOutOfMemory, StatusOutOfMemory};
+    for (size_t i = 0; i < std::size(steps); ++i) {
+        log.raise(steps[i]);
+        EXPECT_EQ(log.level(), kept[i]) << i;
+    }
+    printed([&] { log.fail(u"Error: broken", StatusErrors); });
+    EXPECT_EQ(log.level(), StatusOutOfMemory);
+    EXPECT_EQ(log.errors(), u"Error: broken\n");
+    log.resetLevel();
+    EXPECT_EQ(log.level(), StatusOk);
+}
+
+TEST(FileRenderer, InertCallbacksAnswerAsTheEngineExpects) {
+    ClientOptions options;
+    FileRenderer renderer{options};
     int32_t command = 7;
     EXPECT_FALSE(renderer.peekCommand(&command));
     EXPECT_EQ(command, 0);

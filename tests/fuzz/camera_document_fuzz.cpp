@@ -18,7 +18,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         // asked twice of one registry may get two ids (a long name is stored cut, and is never
         // found again).
         ClientOptions options;
-        FileRenderer firstNames(&options), secondNames(&options);
+        FileRenderer firstNames(options), secondNames(options);
         for (int32_t type = 1; type <= 5; ++type) {
             auto first = std::make_unique<TempCamera>();
             auto second = std::make_unique<TempCamera>();

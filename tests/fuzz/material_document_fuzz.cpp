@@ -15,11 +15,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         ClientOptions options;
         options.materialsPath = fuzz_support::inputFolder();
         TouchingEngine engine;
-        FileRenderer renderer(&options);
-        renderer.tracer = &engine;
-        const int32_t id = renderer.findOrCreateMaterial(u"fuzz", false);
+        FileRenderer renderer(options);
+        renderer.attachEngine(&engine);
+        const int32_t id = renderer.assets().materialId(u"fuzz");
         FUZZ_CHECK(id != -1);
-        renderer.resolving = true;
+        renderer.assets().beginResolution(&engine);
         renderer.GetMaterialName(id);
         // Whatever the document holds, the material itself reaches the engine.
         FUZZ_CHECK(engine.materialsAdded >= 1);

@@ -75,8 +75,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         ClientOptions options;
         options.scenePath = fuzz_support::writeInput("scene.tavi", data, size);
         SmallRenderTracer engine;
-        FileRenderer renderer(&options);
-        renderer.tracer = &engine;
+        FileRenderer renderer(options);
+        renderer.attachEngine(&engine);
         const int32_t level = renderer.loadScene();
         FUZZ_CHECK(level >= StatusOk && level <= StatusOutOfMemory);
         if (level < 2) {

@@ -13,11 +13,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         ClientOptions options;
         options.scenePath = fuzz_support::writeInput("scene.tavi", data, size);
         TouchingEngine engine;
-        FileRenderer renderer(&options);
-        renderer.tracer = &engine;
+        FileRenderer renderer(options);
+        renderer.attachEngine(&engine);
         const int32_t level = renderer.loadScene();
         FUZZ_CHECK(level >= StatusOk && level <= StatusOutOfMemory);
-        FUZZ_CHECK(level == renderer.status);
+        FUZZ_CHECK(level == renderer.log().level());
     }
     fuzz_support::checkGivenBack(before);
     return 0;

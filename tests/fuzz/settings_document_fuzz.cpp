@@ -16,7 +16,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         // Two registries in the same state: a name asked twice of one registry may get two ids
         // (a long name is stored cut, and is never found again).
         ClientOptions options;
-        FileRenderer firstNames(&options), secondNames(&options);
+        FileRenderer firstNames(options), secondNames(options);
         auto first = std::make_unique<SettingsRecord>();
         auto second = std::make_unique<SettingsRecord>();
         initSettings(*first);

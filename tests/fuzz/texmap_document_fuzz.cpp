@@ -15,11 +15,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         ClientOptions options;
         options.texmapsPath = fuzz_support::inputFolder();
         TouchingEngine engine;
-        FileRenderer renderer(&options);
-        renderer.tracer = &engine;
-        const int32_t id = renderer.findOrCreateTexMap(u"fuzz", false);
+        FileRenderer renderer(options);
+        renderer.attachEngine(&engine);
+        const int32_t id = renderer.assets().texmapId(u"fuzz");
         FUZZ_CHECK(id != -1);
-        renderer.resolving = true;
+        renderer.assets().beginResolution(&engine);
         renderer.GetTexMapName(id);
         FUZZ_CHECK(engine.texmapsAdded >= 1);
     }

@@ -1,5 +1,5 @@
 // Textures, texture maps, materials and the settings, read as the client's registration does.
-#include "client/load_messages.h"
+#include "client/messages.h"
 #include "client/sweep.h"
 #include "common/unicode.h"
 #include "common/wide_format.h"

@@ -1,5 +1,5 @@
 // Files the client refuses: the inspector refuses them too, with the client's own messages.
-#include "client/load_messages.h"
+#include "client/messages.h"
 #include "common/wide_format.h"
 #include "tests/support/hostile_scenes.h"
 #include "tests/tools/inspector/scene_files.h"
