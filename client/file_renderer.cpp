@@ -2,9 +2,11 @@
 
 #include "client/console.h"
 #include "client/messages.h"
+#include "client/scene_load.h"
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 #include <new>
 
 namespace {
@@ -25,6 +27,17 @@ void* FileRenderer::destroy(uint32_t flags) {
     this->~FileRenderer();
     if (flags & 1) ::operator delete(this);
     return this;
+}
+
+int32_t FileRenderer::loadScene() {
+    log_.resetLevel();
+    if (!tracer()) {
+        log_.raise(StatusErrors);
+        return log_.level();
+    }
+    // The load holds a whole settings record and a camera: too much for the stack.
+    std::make_unique<SceneLoad>(*this)->run();
+    return log_.level();
 }
 
 int32_t FileRenderer::renderLoaded(int32_t result) {

@@ -66,7 +66,7 @@ SceneStatus SceneLoad::registerModels() {
         Mesh* head = nullptr;
         // Naming needs no arrays; they are checked all the same, so a body fails here as it would
         // in the hand-over.
-        status = readModel(reader, head, offset, ModelArrays::CheckedOnly);
+        status = readModel(reader_, head, offset, ModelArrays::CheckedOnly);
         if (status == SceneOk)
             for (Mesh* part = head; part; part = part->next) assets_.nameModel(part->name, part->modelNode);
         if (head) head->Release();
@@ -78,7 +78,7 @@ template <class Mesh>
 SceneStatus SceneLoad::handOverModels() {
     return sweep([&](uint64_t& offset, SceneStatus& status) {
         Mesh* head = nullptr;
-        status = readModel(reader, head, offset, ModelArrays::Copied);
+        status = readModel(reader_, head, offset, ModelArrays::Copied);
         if (status == SceneOk && head) {
             for (Mesh* part = head; part; part = part->next) requestMaterials(renderer_, *part);
             log_.raise(addModel(renderer_, head));

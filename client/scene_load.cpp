@@ -20,6 +20,18 @@ int32_t secondTexMapOf(const LightRecord& light) {
     return id;
 }
 
+// What a reader's last status means to the user, and the level it costs at least.
+void reportSceneStatus(MessageLog& log, SceneStatus status) {
+    switch (status) {
+    case SceneOk: break;
+    case SceneInvalid: log.fail(messages::kInvalidScene, StatusErrors); break;
+    case SceneOutOfMemory: log.raise(StatusOutOfMemory); break;
+    case SceneBadVersion: log.fail(messages::kUnknownVersion, StatusErrors); break;
+    case SceneIoError: log.fail(messages::kIoError, StatusUnusable); break;
+    case SceneEndOfChunks: log.fail(messages::kInvalidScene, StatusUnusable); break;
+    }
+}
+
 bool allZero(const SettingsRecord& s) {
     return s.RegionX == 0 && s.RegionY == 0 && s.RegionSizeX == 0 && s.RegionSizeY == 0;
 }
@@ -29,6 +41,15 @@ bool allZero(const SettingsRecord& s) {
 SceneLoad::SceneLoad(FileRenderer& renderer)
     : renderer_(renderer), options_(renderer.options()), assets_(renderer.assets()), log_(renderer.log()),
       tracer_(renderer.tracer()) {}
+
+void SceneLoad::run() {
+    assets_.endResolution();
+    SceneStatus status = reader_.open(options_.scenePath.c_str());
+    if (status == SceneOk) status = sweepChain();
+    if (!stopped_) reportSceneStatus(log_, status);
+    assets_.endResolution();
+    reader_.close();
+}
 
 // ---------------------------------------------------------------- adoption
 
@@ -66,7 +87,7 @@ template <class Kind, class Read>
 SceneStatus SceneLoad::adoptAll(Registry<Kind>& registry, Read read, const char16_t* duplicateMessage) {
     return sweep([&](uint64_t& offset, SceneStatus& status) {
         auto* entry = registry.newEntry();
-        status = read(reader, *entry, offset);
+        status = read(reader_, *entry, offset);
         const Adoption adoption = status == SceneOk ? registry.adopt(entry) : Adoption::Known;
         switch (adoption) {
         case Adoption::Added: break;
@@ -79,7 +100,7 @@ SceneStatus SceneLoad::adoptAll(Registry<Kind>& registry, Read read, const char1
             break;
         case Adoption::Known: registry.discard(entry); break;
         }
-        return !stopped;
+        return !stopped_;
     });
 }
 
@@ -87,7 +108,7 @@ SceneStatus SceneLoad::adoptAll(Registry<Kind>& registry, Read read, const char1
 SceneStatus SceneLoad::readSceneSettings() {
     uint64_t offset = 0;
     initSettings(settings_);
-    return readSettings(reader, settings_, offset);
+    return readSettings(reader_, settings_, offset);
 }
 
 bool SceneLoad::applySettingsDocument() {
@@ -152,7 +173,7 @@ void SceneLoad::lookUpTexMap(int32_t id) {
 SceneStatus SceneLoad::registerCameras() {
     return sweep([&](uint64_t& offset, SceneStatus& status) {
         TempCamera camera;
-        status = readCamera(reader, camera, offset);
+        status = readCamera(reader_, camera, offset);
         if (status != SceneOk) return false;
         bool goOn = true;
         if (camera.cameraRole == 0) {
@@ -175,7 +196,7 @@ SceneStatus SceneLoad::registerCameras() {
 SceneStatus SceneLoad::registerLights() {
     return sweep([&](uint64_t& offset, SceneStatus& status) {
         TempLight light;
-        status = readLight(reader, light, offset);
+        status = readLight(reader_, light, offset);
         if (status != SceneOk) return false;
         lookUpTexMap(light.light.texMap);
         if (light.light.type == 4) lookUpTexMap(secondTexMapOf(light.light));
@@ -188,7 +209,7 @@ SceneStatus SceneLoad::registerLights() {
 SceneStatus SceneLoad::handOverCameras() {
     return sweep([&](uint64_t& offset, SceneStatus& status) {
         TempCamera camera;
-        status = readCamera(reader, camera, offset);
+        status = readCamera(reader_, camera, offset);
         if (status != SceneOk) return false;
         if (camera.cameraRole == 0) status = assignCamera(camera, renderCamera_);
         if (camera.camera.DistortionMap != -1) renderer_.GetTexMapName(camera.camera.DistortionMap);
@@ -201,7 +222,7 @@ SceneStatus SceneLoad::handOverCameras() {
 SceneStatus SceneLoad::handOverLights() {
     return sweep([&](uint64_t& offset, SceneStatus& status) {
         TempLight light;
-        status = readLight(reader, light, offset);
+        status = readLight(reader_, light, offset);
         if (status != SceneOk) return false;
         if (light.light.texMap != -1) renderer_.GetTexMapName(light.light.texMap);
         if (light.light.type == 4 && secondTexMapOf(light.light) != -1)
@@ -214,10 +235,10 @@ SceneStatus SceneLoad::handOverLights() {
 #define TAVI_SWEEP(call)                                                                                     \
     do {                                                                                                     \
         SceneStatus swept = (call);                                                                          \
-        if (swept != SceneOk || stopped) return swept;                                                       \
+        if (swept != SceneOk || stopped_) return swept;                                                       \
     } while (0)
 
-SceneStatus SceneLoad::run() {
+SceneStatus SceneLoad::sweepChain() {
     TAVI_SWEEP(adoptAll(assets_.textures(), readTextureFileNode, messages::kDuplicateTexture));
     TAVI_SWEEP(adoptAll(assets_.textures(), readTextureDataNode, messages::kDuplicateTexture));
     TAVI_SWEEP(adoptAll(assets_.texmaps(), readTexMapNode, messages::kDuplicateTexMap));

@@ -14,13 +14,12 @@ class SceneLoad {
   public:
     explicit SceneLoad(FileRenderer& renderer);
 
-    // The reader's last status; `stopped` tells that the load ended on a report of its own.
-    SceneStatus run();
-
-    SceneFileReader reader;
-    bool stopped = false;
+    // Reads the scene and hands it to the engine, logging what goes wrong.
+    void run();
 
   private:
+    // The reader's last status; `stopped_` tells that the load ended on a report of its own.
+    SceneStatus sweepChain();
     template <class Kind, class Read>
     SceneStatus adoptAll(Registry<Kind>& registry, Read read, const char16_t* duplicateMessage);
     SceneStatus readSceneSettings();
@@ -38,11 +37,13 @@ class SceneLoad {
     template <class Mesh>
     SceneStatus handOverModels();
     void stop(int32_t level) {
-        stopped = true;
+        stopped_ = true;
         log_.raise(level);
     }
 
     FileRenderer& renderer_;
+    SceneFileReader reader_;
+    bool stopped_ = false;
     const ClientOptions& options_;
     AssetRegistry& assets_;
     MessageLog& log_;
