@@ -46,7 +46,7 @@ namespace {
 
 constexpr int kMaterials = 10000;
 constexpr int kNamingEvery = 3;
-constexpr int kRounds = 3;
+constexpr int kRounds = 5;
 
 [[noreturn]] void die(const std::string& why) {
     std::fprintf(stderr, "documents_bench: %s\n", why.c_str());
@@ -69,7 +69,8 @@ template <class T> void put(uint8_t* record, size_t offset, const T& value) {
 void fillSpline(SplineSegment* segments, size_t count) {
     for (size_t i = 0; i < count; ++i) {
         const bool used = i < 2;
-        segments[i] = {used ? 0.5f * i : 1.0f, 0.1f, 0.2f, used ? 0.5f * (i + 1) : 0.0f, 0.25f, 0.5f, 0.75f, 1.0f};
+        segments[i] = {
+            used ? 0.5f * i : 1.0f, 0.1f, 0.2f, used ? 0.5f * (i + 1) : 0.0f, 0.25f, 0.5f, 0.75f, 1.0f};
     }
 }
 
@@ -86,7 +87,9 @@ void fillColorSpline(ColorSplineSegment* segments) {
     }
 }
 
-Matrix3x4 someMatrix() { return {{{1, 0, 0, 0.25f}, {0, 1, 0, 0.5f}, {0, 0, 1, 0.75f}}}; }
+Matrix3x4 someMatrix() {
+    return {{{1, 0, 0, 0.25f}, {0, 1, 0, 0.5f}, {0, 0, 1, 0.75f}}};
+}
 
 void fillCoordGen(CoordGen* block) {
     *block = {};
@@ -253,7 +256,8 @@ Documents writeDocuments(const fs::path& folder) {
         material->type = table.type;
         const std::string name = numbered('m', i);
         std::copy(name.begin(), name.end(), material->Name);
-        fillRecord(table, reinterpret_cast<uint8_t*>(material.get()), sizeof(MaterialRecord), naming ? texMaps : -1);
+        fillRecord(table, reinterpret_cast<uint8_t*>(material.get()), sizeof(MaterialRecord),
+                   naming ? texMaps : -1);
         pugi::xml_document doc;
         BuildMaterialDocument(material.get(), &names, &doc);
         save(doc, folder / "materials" / (name + ".xml"), documents.materials);
@@ -290,7 +294,8 @@ void writeScene(const fs::path& path) {
         const sw::Bytes head = sw::materialBody(7, i, 0, numbered('m', i), kMaterialFieldsOffset);
         file.add(sw::storedChunk(sw::kMaterial, head));
     }
-    file.add(sw::storedChunk(sw::kTriangleMesh, sw::meshBody(sw::gridMesh("mesh", 1, kMaterials, kMaterials))));
+    file.add(
+        sw::storedChunk(sw::kTriangleMesh, sw::meshBody(sw::gridMesh("mesh", 1, kMaterials, kMaterials))));
     sw::Bytes settings = sw::settingsBody({});
     sw::put32(settings, offsetof(SettingsRecord, ToneOperator.OperatorType), 2);
     sw::put32(settings, offsetof(SettingsRecord, StartingVolumetricMaterial), static_cast<uint32_t>(-1));
@@ -336,7 +341,8 @@ int runProcess(const std::vector<std::string>& arguments, const fs::path& output
 fs::path buildFolder() {
     const fs::path here = fs::read_symlink("/proc/self/exe").parent_path();
     for (fs::path folder = here; !folder.empty(); folder = folder.parent_path()) {
-        if (fs::exists(folder / "bin/TaviClient") && fs::exists(folder / "engines/recording/TaviTracerAVX.so"))
+        if (fs::exists(folder / "bin/TaviClient") &&
+            fs::exists(folder / "engines/recording/TaviTracerAVX.so"))
             return folder;
         if (folder == folder.root_path()) break;
     }
@@ -354,7 +360,8 @@ size_t countLines(const std::string& text, const std::string& prefix) {
 // Seconds of one whole run of the client; checks that every material, and with the folders every
 // texmap document, reached the engine.
 double timeClient(const fs::path& folder, bool withDocuments, size_t texMaps) {
-    std::vector<std::string> arguments = {(folder / "TaviClient").string(), "-scene", (folder / "scene.tavi").string()};
+    std::vector<std::string> arguments = {(folder / "TaviClient").string(), "-scene",
+                                          (folder / "scene.tavi").string()};
     if (withDocuments) {
         for (const char* option : {"-materials", "-texmaps"}) {
             arguments.push_back(option);
@@ -397,7 +404,8 @@ int main(int argc, char** argv) {
     const fs::path build = buildFolder();
     const bool keep = argc > 1;
     const fs::path folder =
-        keep ? fs::path(argv[1]) : fs::temp_directory_path() / ("tavi-documents-bench-" + std::to_string(getpid()));
+        keep ? fs::path(argv[1])
+             : fs::temp_directory_path() / ("tavi-documents-bench-" + std::to_string(getpid()));
     fs::remove_all(folder);
     fs::create_directories(folder);
     const auto overwrite = fs::copy_options::overwrite_existing;
@@ -409,7 +417,8 @@ int main(int argc, char** argv) {
     const size_t count = documents.materials.size() + documents.texMaps.size();
     uintmax_t bytes = 0;
     for (const std::vector<fs::path>* files : {&documents.materials, &documents.texMaps})
-        for (const fs::path& file : *files) bytes += fs::file_size(file);
+        for (const fs::path& file : *files)
+            bytes += fs::file_size(file);
 
     // The fastest of a few rounds, taken in turn, so that a busy moment of the machine touches
     // one figure rather than the difference.
@@ -426,7 +435,8 @@ int main(int argc, char** argv) {
     std::printf("client load without documents: %8.1f ms\n", without * 1e3);
     std::printf("client load with documents:    %8.1f ms\n", with * 1e3);
     std::printf("documents' share of the load:  %8.1f us a document\n", share / count * 1e6);
-    std::printf("bare pugixml parse:            %8.1f us a document (%zu refused part way: a key begins with a digit)\n",
+    std::printf("bare pugixml parse:            %8.1f us a document (%zu refused part way: a key begins with "
+                "a digit)\n",
                 bare / count * 1e6, refused);
     std::printf("ratio: %.2f (target: at most 1.5)\n", share / bare);
     if (!keep) fs::remove_all(folder);
