@@ -2,6 +2,7 @@
 
 #include "client/banner.h"
 #include "client/console.h"
+#include "client/messages.h"
 
 #include <cstdlib>
 
@@ -58,45 +59,43 @@ const Option kOptions[] = {
     {{u"-tiff", u"-tif"}, Action::Tiff, nullptr, nullptr, nullptr, nullptr, nullptr},
     {{u"-noaffinity", u"-noaffinitymask"}, Action::NoAffinity, nullptr, nullptr, nullptr, nullptr, nullptr},
     {{u"-scene"}, Action::Path, &ClientOptions::scenePath, nullptr,
-     u"Error: the scene path specified twice, aborting!\n", u"Error: no scene path specified, aborting!\n", nullptr},
+     messages::kScenePathTwice, messages::kNoScenePath, nullptr},
     {{u"-settings"}, Action::Path, &ClientOptions::settingsFile, nullptr,
-     u"Error: the settings file specified twice, aborting!\n", u"Error: no settings file specified, aborting!\n",
+     messages::kSettingsFileTwice, messages::kNoSettingsFile,
      nullptr},
     {{u"-camera"}, Action::Path, &ClientOptions::cameraFile, nullptr,
-     u"Error: the camera file specified twice, aborting!\n", u"Error: no camera file specified, aborting!\n", nullptr},
+     messages::kCameraFileTwice, messages::kNoCameraFile, nullptr},
     {{u"-materials"}, Action::Folder, &ClientOptions::materialsPath, nullptr,
-     u"Error: the materials path specified twice, aborting!\n", u"Error: no materials path specified, aborting!\n",
+     messages::kMaterialsPathTwice, messages::kNoMaterialsPath,
      nullptr},
     {{u"-texmaps"}, Action::Folder, &ClientOptions::texmapsPath, nullptr,
-     u"Error: the texmaps path specified twice, aborting!\n", u"Error: no texmaps path specified, aborting!\n",
+     messages::kTexmapsPathTwice, messages::kNoTexmapsPath,
      nullptr},
-    {{u"-textures"}, Action::Textures, nullptr, nullptr, u"Error: too many texmaps path specified, aborting!\n",
-     u"Error: no textures path specified, aborting!\n", nullptr},
+    {{u"-textures"}, Action::Textures, nullptr, nullptr, messages::kTooManyTexturePaths,
+     messages::kNoTexturesPath, nullptr},
     {{u"-outputpath", u"-output"}, Action::Folder, &ClientOptions::outputPath, nullptr,
-     u"Error: the output path specified twice, aborting!\n", u"Error: no output path specified, aborting!\n", nullptr},
+     messages::kOutputPathTwice, messages::kNoOutputPath, nullptr},
     {{u"-outputname", u"-name"}, Action::Path, &ClientOptions::outputName, nullptr,
-     u"Error: the output name specified twice, aborting!\n", u"Error: no output name specified, aborting!\n", nullptr},
+     messages::kOutputNameTwice, messages::kNoOutputName, nullptr},
     {{u"-cachepath", u"-cache"}, Action::Folder, &ClientOptions::cachePath, nullptr,
-     u"Error: the cache path specified twice, aborting!\n", u"Error: no cache path specified, aborting!\n", nullptr},
-    {{u"-size"}, Action::Size, nullptr, nullptr, nullptr, u"Error: no image size specified, aborting!\n",
-     u"Error: wrong image size specified, aborting!\n"},
-    {{u"-region"}, Action::Region, nullptr, nullptr, nullptr, u"Error: no region size specified, aborting!\n",
-     u"Error: wrong image size specified, aborting!\n"},
-    {{u"-window"}, Action::Window, nullptr, nullptr, nullptr, u"Error: no window size specified, aborting!\n",
-     u"Error: wrong image size specified, aborting!\n"},
+     messages::kCachePathTwice, messages::kNoCachePath, nullptr},
+    {{u"-size"}, Action::Size, nullptr, nullptr, nullptr, messages::kNoImageSize,
+     messages::kWrongImageSize},
+    {{u"-region"}, Action::Region, nullptr, nullptr, nullptr, messages::kNoRegionSize,
+     messages::kWrongImageSize},
+    {{u"-window"}, Action::Window, nullptr, nullptr, nullptr, messages::kNoWindowSize,
+     messages::kWrongImageSize},
     {{u"-numpasses"}, Action::Number, nullptr, &ClientOptions::numPasses, nullptr,
-     u"Error: no numpasses value specified, aborting!\n", u"Error: wrong numpasses value specified, aborting!\n"},
+     messages::kNoNumpassesValue, messages::kWrongNumpassesValue},
     {{u"-affinity", u"-affinityshift", u"-affinitystart"}, Action::Number, nullptr, &ClientOptions::affinity, nullptr,
-     u"Error: no affinity value specified, aborting!\n", u"Error: wrong affinity value specified, aborting!\n"},
+     messages::kNoAffinityValue, messages::kWrongAffinityValue},
     {{u"-numthreads", u"-maxthreads"}, Action::Number, nullptr, &ClientOptions::numThreads, nullptr,
-     u"Error: no numthreads value specified, aborting!\n", u"Error: wrong numthreads value specified, aborting!\n"},
+     messages::kNoNumthreadsValue, messages::kWrongNumthreadsValue},
     {{u"-frame"}, Action::Number, nullptr, &ClientOptions::frame, nullptr,
-     u"Error: no frame value specified, aborting!\n", u"Error: wrong frame value specified, aborting!\n"},
-    {{u"-fps"}, Action::Number, nullptr, &ClientOptions::fps, nullptr, u"Error: no fps value specified, aborting!\n",
-     u"Error: wrong fps value specified, aborting!\n"},
+     messages::kNoFrameValue, messages::kWrongFrameValue},
+    {{u"-fps"}, Action::Number, nullptr, &ClientOptions::fps, nullptr, messages::kNoFpsValue,
+     messages::kWrongFpsValue},
 };
-
-constexpr char16_t kUnknownOption[] = u"Error: unknown option specified, aborting!\n";
 
 char16_t foldAscii(char16_t c) { return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c + 32) : c; }
 
@@ -173,7 +172,7 @@ ParseOutcome parseCommandLine(int argc, const char16_t* const* argv, ClientOptio
     int index = 1;
     while (index < argc) {
         const Option* option = findOption(argv[index]);
-        if (!option) return failWith(kUnknownOption);
+        if (!option) return failWith(messages::kUnknownOption);
         int32_t v[4];
         int taken = 0;
         switch (option->action) {

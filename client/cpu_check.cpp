@@ -1,5 +1,7 @@
 #include "client/cpu_check.h"
 
+#include "client/messages.h"
+
 #include "platform/cpu.h"
 
 namespace {
@@ -36,19 +38,20 @@ struct Requirement {
 
 // In the order the message lists them.
 const Requirement kRequired[] = {
-    {false, 20, u" SSE42"}, {true, 5, u" AVX2"}, {true, 8, u" BMI2"},
+    {false, 20, u" SSE42"}, {true, 5, u" AVX2"},  {true, 8, u" BMI2"},
     {false, 29, u" F16C"},  {false, 12, u" FMA"}, {false, 23, u" POPCNT"},
 };
 
 } // namespace
 
-const CpuFeatures& cpuFeatures() { return gCpuFeatures; }
+const CpuFeatures& cpuFeatures() {
+    return gCpuFeatures;
+}
 
 std::u16string missingCpuFeaturesMessage(uint32_t leaf1Ecx, uint32_t leaf7Ebx) {
     std::u16string missing;
     for (const Requirement& r : kRequired)
         if (!(((r.inLeaf7 ? leaf7Ebx : leaf1Ecx) >> r.bit) & 1)) missing += r.name;
     if (missing.empty()) return missing;
-    return u"Required CPU extensions are: SSE42, AVX2, BMI2, F16C, FMA, POPCNT\nYour CPU does not support" +
-           missing + u"\n";
+    return messages::kCpuRequirements + missing + u"\n";
 }
