@@ -56,7 +56,8 @@ SceneStatus readTexMap(SceneFileReader& reader, TexMapRecord& record, uint64_t& 
     RecordChunk chunk = openRecord(reader, ChunkTexMap, offset, VersionCheck::AfterRecord);
     if (chunk.status != SceneOk) return chunk.status;
     // An unknown type is reported before the version, and leaves the record as it was.
-    if (!copyImage(chunk.body.bytes(), texMapImageLength, record, clearRecord<TexMapRecord>)) return SceneInvalid;
+    if (!copyImage(chunk.body.bytes(), texMapImageLength, record, clearRecord<TexMapRecord>))
+        return SceneInvalid;
     fixRecordText(record.Name, kNameFieldBytes);
     return chunk.version == kRecordChunkVersion ? SceneOk : SceneBadVersion;
 }

@@ -22,17 +22,17 @@ SceneStatus fillCameraPath(TempCamera& camera, ByteSpan body) {
     for (int i = 0; i < 3; ++i)
         camera.cameraTarget[i] = body.f32(kTarget + 4 * i);
     camera.cameraTarget[3] = 1.0f;
-    ByteSpan file = body.tail(kCameraFile, kNameFieldBytes);
-    if (!convertSceneString(camera.cameraFile, kNameChars, reinterpret_cast<const char*>(file.data), file.size))
-        return SceneInvalid;
+    if (!convertNameField(camera.cameraFile, body, kCameraFile)) return SceneInvalid;
     // Keys that would lie outside the body are a fault of the file; the tracks are built in
     // order, and the first that fails ends the path.
     SceneStatus status =
         buildTrack(camera.trackA, camera.trackACount, body, body.u64(kTrackAOffset), body.u32(kTrackACount));
     if (status == SceneOk)
-        status = buildTrack(camera.trackB, camera.trackBCount, body, body.u64(kTrackBOffset), body.u32(kTrackBCount));
+        status = buildTrack(camera.trackB, camera.trackBCount, body, body.u64(kTrackBOffset),
+                            body.u32(kTrackBCount));
     if (status == SceneOk)
-        status = buildTrack(camera.trackC, camera.trackCCount, body, body.u64(kTrackCOffset), body.u32(kTrackCCount));
+        status = buildTrack(camera.trackC, camera.trackCCount, body, body.u64(kTrackCOffset),
+                            body.u32(kTrackCCount));
     return status;
 }
 
@@ -41,7 +41,8 @@ SceneStatus fillCameraPath(TempCamera& camera, ByteSpan body) {
 SceneStatus readCamera(SceneFileReader& reader, TempCamera& camera, uint64_t& offset) {
     RecordChunk record = openRecord(reader, ChunkCamera, offset, VersionCheck::AfterRecord);
     if (record.status != SceneOk) return record.status;
-    if (!copyImage(record.body.bytes(), cameraImageLength, camera.camera, initCameraRecord)) return SceneInvalid;
+    if (!copyImage(record.body.bytes(), cameraImageLength, camera.camera, initCameraRecord))
+        return SceneInvalid;
     record.body.reset();
     if (record.version != kRecordChunkVersion) return SceneBadVersion;
 

@@ -30,7 +30,8 @@ RecordChunk openRecord(SceneFileReader& reader, uint32_t type, uint64_t& offset,
     offset = reader.chunk.nextChunkOffset;
     RecordChunk chunk;
     chunk.version = reader.chunk.chunkVersion;
-    if (check == VersionCheck::BeforeBody && chunk.version != kRecordChunkVersion) return failed(SceneBadVersion);
+    if (check == VersionCheck::BeforeBody && chunk.version != kRecordChunkVersion)
+        return failed(SceneBadVersion);
     chunk.found = true;
     chunk.status = chunk.body.fetch(reader);
     return chunk;

@@ -2,6 +2,7 @@
 // records. Both bodies begin with the same header.
 #include "scene/geometry_parts.h"
 #include "scene/geometry_readers.h"
+#include "scene/scene_text.h"
 #include "scene/track_keys.h"
 
 #include <cstring>
@@ -99,8 +100,8 @@ void buildTimeSlices(SceneStatus& status, Slice*& first, ByteSpan body, uint64_t
 // first fails; the part stays in the chain for the caller to release.
 template <class Part>
 void fillNamesAndKeys(SceneStatus& status, Part& part, ByteSpan body, uint64_t name, uint64_t secondName) {
-    bool converted = convertName(part.name, body, name);
-    if (!convertName(part.secondName, body, secondName)) converted = false;
+    bool converted = convertNameField(part.name, body, name);
+    if (!convertNameField(part.secondName, body, secondName)) converted = false;
     if (!converted) fail(status, SceneInvalid);
     part.secondNameHash = hashName(body, secondName);
     part.nameHash = hashName(body, name);
@@ -109,8 +110,7 @@ void fillNamesAndKeys(SceneStatus& status, Part& part, ByteSpan body, uint64_t n
     }
 }
 
-template <class Part>
-Part* createPart(SceneStatus& status, ByteSpan body, uint64_t headerBytes) {
+template <class Part> Part* createPart(SceneStatus& status, ByteSpan body, uint64_t headerBytes) {
     if (body.size < headerBytes || body.i32(kElementCount) < 0) {
         fail(status, SceneInvalid);
         return nullptr;
@@ -140,8 +140,8 @@ FurMesh* buildFur(ByteSpan body, ArrayBudget& budget, SceneStatus& status) {
     fillNamesAndKeys(status, *fur, body, kFurName, kFurSecondName);
     if (wantsTimeSlices(status, body)) {
         buildTimeSlices(status, fur->timeSlices, body, body.u64(kTimeSlicesOffset), body.i32(kTimeSliceCount),
-                        uint64_t(fur->elementCount), TRDF_Load::kFurElementFileBytes, sizeof(FurElement), budget,
-                        fillFurElements);
+                        uint64_t(fur->elementCount), TRDF_Load::kFurElementFileBytes, sizeof(FurElement),
+                        budget, fillFurElements);
     }
     return fur;
 }
@@ -159,9 +159,9 @@ SprMesh* buildSprites(ByteSpan body, ArrayBudget& budget, SceneStatus& status) {
     body.copy(sprites->floats40, kFloats64, sizeof sprites->floats40);
     fillNamesAndKeys(status, *sprites, body, kSpriteName, kSpriteSecondName);
     if (wantsTimeSlices(status, body)) {
-        buildTimeSlices(status, sprites->timeSlices, body, body.u64(kTimeSlicesOffset), body.i32(kTimeSliceCount),
-                        uint64_t(sprites->elementCount), kSpriteElementBytes, kSpriteElementBytes, budget,
-                        fillSpriteElements);
+        buildTimeSlices(status, sprites->timeSlices, body, body.u64(kTimeSlicesOffset),
+                        body.i32(kTimeSliceCount), uint64_t(sprites->elementCount), kSpriteElementBytes,
+                        kSpriteElementBytes, budget, fillSpriteElements);
     }
     return sprites;
 }

@@ -1,16 +1,10 @@
 #include "scene/geometry_parts.h"
 
 #include "common/hash.h"
-#include "scene/scene_text.h"
 
 #include <cstring>
 
 namespace geometry_parts {
-
-bool convertName(char16_t* dest, ByteSpan body, uint64_t offset) {
-    ByteSpan field = body.tail(offset, kNameFieldBytes);
-    return convertSceneString(dest, kNameChars, reinterpret_cast<const char*>(field.data), field.size);
-}
 
 uint32_t hashName(ByteSpan body, uint64_t offset) {
     ByteSpan field = body.tail(offset, kNameFieldBytes);

@@ -59,9 +59,6 @@ inline bool spans(ByteSpan body, uint64_t base, uint64_t offset, uint64_t length
     return base <= body.size && offset <= body.size - base && length <= body.size - base - offset;
 }
 
-// The 128-byte narrow field at `offset` as wide text of at most 64 characters; false when
-// it does not fit.
-bool convertName(char16_t* dest, ByteSpan body, uint64_t offset);
 // MurmurHash3 x86 32, seed 0, of the field's narrow bytes up to its terminator.
 uint32_t hashName(ByteSpan body, uint64_t offset);
 

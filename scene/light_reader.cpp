@@ -13,17 +13,12 @@ constexpr uint64_t kTrackOffset = 8, kTrackCount = 16, kPath1C = 20, kPath20 = 2
 constexpr uint64_t kLightName = 28, kLightSecondName = 156;
 constexpr size_t kLightTextBytes = 0x300;
 
-bool convertName(char16_t* dest, ByteSpan body, uint64_t offset) {
-    ByteSpan field = body.tail(offset, kNameFieldBytes);
-    return convertSceneString(dest, kNameChars, reinterpret_cast<const char*>(field.data), field.size);
-}
-
 SceneStatus fillLightPath(TempLight& light, ByteSpan body) {
     light.releaseTrack();
     light.path1C = body.i32(kPath1C);
     light.path20 = body.u32(kPath20);
-    if (!convertName(light.lightName, body, kLightName) ||
-        !convertName(light.lightSecondName, body, kLightSecondName)) {
+    if (!convertNameField(light.lightName, body, kLightName) ||
+        !convertNameField(light.lightSecondName, body, kLightSecondName)) {
         return SceneInvalid;
     }
     return buildTrack(light.track, light.trackCount, body, body.u64(kTrackOffset), body.u32(kTrackCount));

@@ -2,6 +2,7 @@
 // time slices of positions.
 #include "scene/geometry_parts.h"
 #include "scene/geometry_readers.h"
+#include "scene/scene_text.h"
 #include "scene/track_keys.h"
 
 #include <climits>
@@ -69,7 +70,8 @@ void fillArray(SceneStatus& status, StaticSliceT& slice, ByteSpan body, uint64_t
     *job.array = block;
 }
 
-void buildStaticSlice(SceneStatus& status, TriangleMesh& mesh, ByteSpan body, uint64_t at, ArrayBudget& budget) {
+void buildStaticSlice(SceneStatus& status, TriangleMesh& mesh, ByteSpan body, uint64_t at,
+                      ArrayBudget& budget) {
     if (!spans(body, at, 0, kStaticSliceBytes)) return fail(status, SceneInvalid);
     int32_t vertexCount = body.i32(at + kVertexCount), pointCount = body.i32(at + kPointCount);
     int32_t triangleCount = body.i32(at + kTriangleCount), pointExtraCount = body.i32(at + kPointExtraCount);
@@ -230,8 +232,8 @@ TriangleMesh* buildPart(ByteSpan body, ArrayBudget& budget, SceneStatus& status)
     }
     copyHeader(*mesh, body);
     // Both names are converted even when the first fails; the part stays for the caller.
-    bool converted = convertName(mesh->name, body, kName);
-    if (!convertName(mesh->secondName, body, kSecondName)) converted = false;
+    bool converted = convertNameField(mesh->name, body, kName);
+    if (!convertNameField(mesh->secondName, body, kSecondName)) converted = false;
     if (!converted) fail(status, SceneInvalid);
     mesh->secondNameHash = hashName(body, kSecondName);
     mesh->nameHash = hashName(body, kName);
@@ -254,6 +256,6 @@ TriangleMesh* buildPart(ByteSpan body, ArrayBudget& budget, SceneStatus& status)
 } // namespace
 
 SceneStatus readTriangleMesh(SceneFileReader& reader, TriangleMesh*& head, uint64_t& offset, ModelArrays arrays) {
-    return readModelRun(reader, ChunkTriangleMesh, kMorePartsFollow, head, offset, arrays == ModelArrays::Copied,
-                        buildPart);
+    return readModelRun(reader, ChunkTriangleMesh, kMorePartsFollow, head, offset,
+                        arrays == ModelArrays::Copied, buildPart);
 }

@@ -1,5 +1,7 @@
 #include "scene/scene_text.h"
 
+#include "scene/records.h"
+
 #include <cstring>
 
 namespace {
@@ -31,6 +33,15 @@ bool convertSceneString(char16_t* dest, size_t capacity, const char* source, siz
         dest[i] = static_cast<unsigned char>(source[i]);
     dest[length] = 0;
     return true;
+}
+
+bool convertTextField(char16_t* dest, size_t capacity, ByteSpan body, uint64_t offset, uint64_t fieldBytes) {
+    ByteSpan field = body.tail(offset, fieldBytes);
+    return convertSceneString(dest, capacity, reinterpret_cast<const char*>(field.data), field.size);
+}
+
+bool convertNameField(char16_t* dest, ByteSpan body, uint64_t offset) {
+    return convertTextField(dest, kNameChars, body, offset, kNameFieldBytes);
 }
 
 void fixRecordText(void* field, size_t fieldBytes) {

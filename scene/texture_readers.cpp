@@ -49,10 +49,6 @@ uint64_t pixelBytes(int32_t width, int32_t height, int32_t perPixel) {
     return static_cast<uint64_t>(static_cast<int64_t>(static_cast<int32_t>(product)));
 }
 
-bool convertField(char16_t* dest, size_t capacity, ByteSpan field) {
-    return convertSceneString(dest, capacity, reinterpret_cast<const char*>(field.data), field.size);
-}
-
 // Both texture records start cleared, with no id, and take what their body holds.
 template <class Record> void clearWithoutId(Record& record) {
     std::memset(&record, 0, sizeof record);
@@ -77,8 +73,8 @@ SceneStatus readTextureFile(SceneFileReader& reader, TextureFileRecord& record, 
     readIfHeld(bytes, kFileParamA, record.textureParamA);
     readIfHeld(bytes, kFileParamB, record.textureParamB);
     readIfHeld(bytes, kFileId, record.id);
-    if (!convertField(record.name, kNameChars, bytes.tail(kFileName, kNameFieldBytes)) ||
-        !convertField(record.path, kPathChars, bytes.tail(kFilePath, UINT64_MAX))) {
+    if (!convertNameField(record.name, bytes, kFileName) ||
+        !convertTextField(record.path, kPathChars, bytes, kFilePath, UINT64_MAX)) {
         return SceneInvalid;
     }
     return SceneOk;
@@ -99,8 +95,7 @@ SceneStatus readTextureData(SceneFileReader& reader, TextureDataRecord& record, 
     uint64_t pixelOffset = bytes.u64(kDataPixelOffset);
 
     // A name that will not convert fails the record, but the pixels are still taken.
-    SceneStatus status =
-        convertField(record.name, kNameChars, bytes.tail(kDataName, kNameFieldBytes)) ? SceneOk : SceneInvalid;
+    SceneStatus status = convertNameField(record.name, bytes, kDataName) ? SceneOk : SceneInvalid;
     uint64_t size = pixelBytes(record.width, record.height, bytesPerPixel(record.pixelType));
     if (!bytes.holds(pixelOffset, size)) return SceneInvalid;
     record.pixels = static_cast<uint8_t*>(poolAlloc(poolInstance(), size));

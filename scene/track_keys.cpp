@@ -59,7 +59,8 @@ uint64_t trackLength(const TrackKey* track) {
     return track ? *countBlockOf(track) : 0;
 }
 
-SceneStatus buildTrack(TrackKey*& track, uint32_t& trackCount, ByteSpan source, uint64_t offset, uint32_t count) {
+SceneStatus buildTrack(TrackKey*& track, uint32_t& trackCount, ByteSpan source, uint64_t offset,
+                       uint32_t count) {
     if (count == 0) return SceneOk;
     if (!source.holds(offset, uint64_t(count) * kTrackKeyFileBytes)) return SceneInvalid;
     TrackKey* keys = allocateTrack(count);

@@ -20,7 +20,8 @@ uint64_t trackLength(const TrackKey* track);
 // keys must lie in the source (SceneInvalid); a track the pool cannot hold is
 // SceneOutOfMemory. `track` and `trackCount` are set together, and only when the track is
 // built, so that no object claims keys it does not have. No keys: SceneOk, nothing set.
-SceneStatus buildTrack(TrackKey*& track, uint32_t& trackCount, ByteSpan source, uint64_t offset, uint32_t count);
+SceneStatus buildTrack(TrackKey*& track, uint32_t& trackCount, ByteSpan source, uint64_t offset,
+                       uint32_t count);
 
 // A copy of `source` with its own count; null for an empty source or an exhausted pool.
 TrackKey* copyTrack(const TrackKey* source, uint64_t count);
