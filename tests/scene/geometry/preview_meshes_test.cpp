@@ -1,6 +1,6 @@
 // Meshes of the preview builders: the arrays of triangleMesh come back through the mesh reader
 // as the README lays them out, and the shapes face outwards with normals and UVs that agree.
-#include "tests/geometry/geometry_test_support.h"
+#include "tests/scene/geometry/geometry_test_support.h"
 #include "tools/scene_writer/preview_builders.h"
 
 #include <gtest/gtest.h>

@@ -2,7 +2,7 @@
 // than their bytes could fill: every one ends in SceneInvalid, and whatever part was built
 // goes back with the chain. The bodies are well-formed ones broken in a single field.
 #include "scene/geometry_parts.h"
-#include "tests/geometry/geometry_test_support.h"
+#include "tests/scene/geometry/geometry_test_support.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // The run of chunks that makes one model, the same rule for meshes, fur and sprites: parts
 // chain while each says that more follow, a chunk of another type ends the run, and chunks
 // of another layout version are passed over without a status.
-#include "tests/geometry/geometry_test_support.h"
+#include "tests/scene/geometry/geometry_test_support.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 // Clear and ClearKeys, the deleting destructors, and the release of whole chains.
 #include "memory/pool.h"
 #include "scene/track_keys.h"
-#include "tests/geometry/geometry_test_support.h"
+#include "tests/scene/geometry/geometry_test_support.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // Fur and sprite parts as the engine sees them after reading: header fields at their object
 // offsets, names and their hashes, keys, and time slices with their element arrays.
 #include "scene/track_keys.h"
-#include "tests/geometry/geometry_test_support.h"
+#include "tests/scene/geometry/geometry_test_support.h"
 
 #include <gtest/gtest.h>
 

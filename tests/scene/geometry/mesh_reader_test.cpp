@@ -1,7 +1,7 @@
 // A triangle mesh part as the engine sees it after reading: header fields, names and their
 // hashes, keys, the static slice's counts and arrays, and time slices with widened positions.
 #include "scene/track_keys.h"
-#include "tests/geometry/geometry_test_support.h"
+#include "tests/scene/geometry/geometry_test_support.h"
 
 #include <gtest/gtest.h>
 

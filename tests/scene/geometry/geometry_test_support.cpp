@@ -1,4 +1,4 @@
-#include "tests/geometry/geometry_test_support.h"
+#include "tests/scene/geometry/geometry_test_support.h"
 
 #include "common/hash.h"
 #include "common/unicode.h"

@@ -1,7 +1,7 @@
 // Bodies of later parts are read and decoded on a second thread while a part is built. What a
 // scan sees must not depend on it: the same models, the same statuses in the same order, and
 // no memory left behind when a scan stops with a body still waiting.
-#include "tests/geometry/geometry_test_support.h"
+#include "tests/scene/geometry/geometry_test_support.h"
 
 #include <gtest/gtest.h>
 
