@@ -30,6 +30,10 @@ const char* takeComponent(const char* begin, char (&out)[kMaxComponent]) {
 
 // The element that holds the last component of `key` when reading, and that component.
 pugi::xml_node findHolder(pugi::xml_node section, const char* key, const char** leaf) {
+    if (!std::strchr(key, '/')) {
+        *leaf = key;
+        return section;
+    }
     char component[kMaxComponent];
     const char* rest = key;
     for (const char* next = takeComponent(rest, component); next; next = takeComponent(rest, component)) {
@@ -88,85 +92,99 @@ bool fieldInside(const FieldDescriptor& field, size_t recordSize) {
 
 // ---- Reading -----------------------------------------------------------------------------------
 
-void readField(const FieldDescriptor& field, pugi::xml_node section, uint8_t* record, size_t recordSize,
-               ITaviNameInterface* names) {
-    if ((field.flags & kFieldWriteOnly) || !fieldInside(field, recordSize)) return;
-    const char* key = nullptr;
-    const pugi::xml_node parent = findHolder(section, field.key, &key);
+namespace {
+
+// Reads one row whose key's element (null when missing) has been found below `parent`; `key` is
+// the last component of the row's key.
+void readRow(const FieldDescriptor& field, pugi::xml_node parent, const char* key, pugi::xml_node element,
+             uint8_t* record, size_t recordSize, ITaviNameInterface* names) {
     uint8_t* at = record + field.offset;
+    // The codec reads the element itself when given no key.
+    constexpr const char* kFound = nullptr;
     switch (field.kind) {
     case FieldKind::Section:
         break;
     case FieldKind::Int:
-        readValue<int32_t>(at, [&](int32_t* v) { XmlReadInt(parent, key, v); });
+        readValue<int32_t>(at, [&](int32_t* v) { XmlReadInt(element, kFound, v); });
         break;
     case FieldKind::UInt:
-        readValue<uint32_t>(at, [&](uint32_t* v) { XmlReadInt(parent, key, v); });
+        readValue<uint32_t>(at, [&](uint32_t* v) { XmlReadInt(element, kFound, v); });
         break;
     case FieldKind::Int16:
-        readValue<int16_t>(at, [&](int16_t* v) { XmlReadInt(parent, key, v); });
+        readValue<int16_t>(at, [&](int16_t* v) { XmlReadInt(element, kFound, v); });
         break;
     case FieldKind::Float:
-        readValue<float>(at, [&](float* v) { XmlReadFloat(parent, key, v); });
+        readValue<float>(at, [&](float* v) { XmlReadFloat(element, kFound, v); });
         break;
     case FieldKind::Bool:
-        readValue<uint8_t>(at, [&](uint8_t* v) { XmlReadBool(parent, key, v); });
+        readValue<uint8_t>(at, [&](uint8_t* v) { XmlReadBool(element, kFound, v); });
         break;
     case FieldKind::String: {
         char16_t text[kMaxStringChars];
         const size_t capacity = field.width / 2;
         std::memcpy(text, at, capacity * sizeof(char16_t));
-        XmlReadString(parent, key, text, capacity);
+        XmlReadString(element, kFound, text, capacity);
         std::memcpy(at, text, capacity * sizeof(char16_t));
         break;
     }
     case FieldKind::Enum:
-        readValue<int32_t>(at, [&](int32_t* v) { XmlReadEnum(parent, key, v, field.words); });
+        readValue<int32_t>(at, [&](int32_t* v) { XmlReadEnum(element, kFound, v, field.words); });
         break;
     case FieldKind::Color:
-        readValue<ColorRGB>(at, [&](ColorRGB* v) { XmlReadColor(parent, key, v); });
+        readValue<ColorRGB>(at, [&](ColorRGB* v) { XmlReadColor(element, kFound, v); });
         break;
     case FieldKind::ColorEx:
-        readValue<ColorEx>(at, [&](ColorEx* v) { XmlReadColorEx(parent, key, v); });
+        readValue<ColorEx>(at, [&](ColorEx* v) { XmlReadColorEx(element, kFound, v); });
         break;
     case FieldKind::Matrix:
-        readValue<Matrix3x4>(at, [&](Matrix3x4* v) { XmlReadMatrix(parent, key, v); });
+        readValue<Matrix3x4>(at, [&](Matrix3x4* v) { XmlReadMatrix(element, kFound, v); });
         break;
     case FieldKind::Spline: {
         SplineSegment segments[kMaxSplineSegments];
         const size_t count = field.width / sizeof(SplineSegment);
         std::memcpy(segments, at, count * sizeof(SplineSegment));
-        XmlReadSpline(parent, key, segments, count);
+        XmlReadSplineElement(element, segments, count);
         std::memcpy(at, segments, count * sizeof(SplineSegment));
         break;
     }
     case FieldKind::ColorSpline: {
         ColorSplineSegment segments[kColorSplineSegments];
         std::memcpy(segments, at, sizeof segments);
-        XmlReadColorSpline(parent, key, segments);
+        XmlReadColorSplineElement(element, segments);
         std::memcpy(at, segments, sizeof segments);
         break;
     }
     case FieldKind::TexMapRef:
-        readValue<int32_t>(at, [&](int32_t* v) { XmlReadTexMapRef(parent, key, v, names); });
+        readValue<int32_t>(at, [&](int32_t* v) { XmlReadTexMapRef(element, kFound, v, names); });
         break;
     case FieldKind::MaterialRef:
-        readValue<int32_t>(at, [&](int32_t* v) { XmlReadMaterialRef(parent, key, v, names); });
+        readValue<int32_t>(at, [&](int32_t* v) { XmlReadMaterialRef(element, kFound, v, names); });
         break;
     case FieldKind::TextureRef:
-        readValue<int32_t>(at, [&](int32_t* v) { XmlReadTextureRef(parent, key, v, names); });
+        readValue<int32_t>(at, [&](int32_t* v) { XmlReadTextureRef(element, kFound, v, names); });
         break;
     case FieldKind::CoordGen:
-        readValue<CoordGen>(at, [&](CoordGen* v) { ReadCoordGen(parent.child(key), v); });
+        readValue<CoordGen>(at, [&](CoordGen* v) { ReadCoordGen(element, v); });
         break;
     case FieldKind::ColorOutput:
-        readValue<ColorOutput>(at, [&](ColorOutput* v) { ReadColorOutput(parent.child(key), v); });
+        readValue<ColorOutput>(at, [&](ColorOutput* v) { ReadColorOutput(element, v); });
         break;
     case FieldKind::Custom:
+        // Repeated elements go by their siblings of the same name, so the hooks look for themselves.
         if (field.custom && field.custom->read)
             field.custom->read(parent, key, field, record, recordSize, names);
         break;
     }
+}
+
+} // namespace
+
+void readField(const FieldDescriptor& field, pugi::xml_node section, uint8_t* record, size_t recordSize,
+               ITaviNameInterface* names) {
+    if ((field.flags & kFieldWriteOnly) || !fieldInside(field, recordSize)) return;
+    const char* key = nullptr;
+    const pugi::xml_node parent = findHolder(section, field.key, &key);
+    readRow(field, parent, key, parent.child(key), record, recordSize, names);
 }
 
 void readFields(const FieldDescriptor* fields, size_t count, pugi::xml_node section, uint8_t* record,

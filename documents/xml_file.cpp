@@ -192,6 +192,18 @@ std::vector<size_t> guardPositions(const Units& units) {
     return positions;
 }
 
+// Whether a '<' or "</" stands right before a digit somewhere: the only places where a guard
+// can go, so that the full scan is needed for nothing else.
+bool mayNeedGuards(const Units& units) {
+    const size_t n = units.count();
+    for (size_t i = units.find('<', 0); i + 1 < n; i = units.find('<', i + 1)) {
+        size_t name = i + 1;
+        if (units.at(name) == '/') ++name;
+        if (name < n && isDigit(units.at(name))) return true;
+    }
+    return false;
+}
+
 // Whether a guard character followed by a digit stands anywhere: only then can a parsed
 // element name look guarded.
 bool mayHoldGuardedName(const Units& units) {
@@ -239,7 +251,7 @@ bool loadXmlFile(pugi::xml_document& doc, const char16_t* path) {
     if (block.size() == 0) return false; // pugixml finds no document element in nothing
     Units units{block.data(), block.size()};
     detectUnits(&units);
-    const std::vector<size_t> guards = guardPositions(units);
+    const std::vector<size_t> guards = mayNeedGuards(units) ? guardPositions(units) : std::vector<size_t>();
     const bool removeGuards = !guards.empty() || mayHoldGuardedName(units);
     if (!guards.empty()) {
         block = withGuards(units, guards);

@@ -1,8 +1,8 @@
 #include "documents/xml_value_codec.h"
 
 #include "bridge/name_interface.h"
-#include "documents/xml_file.h"
 #include "common/unicode.h"
+#include "documents/xml_file.h"
 
 #include <charconv>
 #include <cmath>
@@ -44,8 +44,13 @@ void readFloatAttribute(pugi::xml_node element, const char* name, float* value) 
     if (attribute) *value = narrowToFloat(XmlParseDouble(attribute.value()));
 }
 
+// The element of a key below `parent`; a null key stands for `parent` itself.
+pugi::xml_node keyElement(pugi::xml_node parent, const char* key) {
+    return key ? parent.child(key) : parent;
+}
+
 pugi::xml_attribute valueAttribute(pugi::xml_node parent, const char* key) {
-    return parent.child(key).attribute("value");
+    return keyElement(parent, key).attribute("value");
 }
 
 bool isBlank(char c) {
@@ -221,7 +226,7 @@ void XmlWriteFloat(pugi::xml_node parent, const char* key, const float* field) {
 }
 
 void XmlReadFloat(pugi::xml_node parent, const char* key, float* field) {
-    readFloatAttribute(parent.child(key), "value", field);
+    readFloatAttribute(keyElement(parent, key), "value", field);
 }
 
 void XmlWriteBool(pugi::xml_node parent, const char* key, const uint8_t* field) {
@@ -323,7 +328,7 @@ void writeChannels(pugi::xml_node parent, const char* key, const float* channels
 }
 
 void readChannels(pugi::xml_node parent, const char* key, float* channels, size_t count) {
-    pugi::xml_node element = parent.child(key);
+    pugi::xml_node element = keyElement(parent, key);
     if (!element) return;
     for (size_t i = 0; i < count; ++i)
         readFloatAttribute(element, kColorChannels[i], &channels[i]);
@@ -365,7 +370,7 @@ void XmlWriteMatrix(pugi::xml_node parent, const char* key, const Matrix3x4* fie
 }
 
 void XmlReadMatrix(pugi::xml_node parent, const char* key, Matrix3x4* field) {
-    pugi::xml_node element = parent.child(key);
+    pugi::xml_node element = keyElement(parent, key);
     if (!element) return;
     for (int row = 0; row < 4; ++row) {
         pugi::xml_node rowElement = element.child(kRowNames[row]);
@@ -427,8 +432,17 @@ void readSegments(pugi::xml_node element, Segment* segments, size_t count,
         if (id < 0 || static_cast<size_t>(id) >= count) continue;
         float values[sizeof(Segment) / sizeof(float)];
         std::memcpy(values, &segments[id], sizeof values);
-        for (const SegmentAttribute& attribute : attributes) {
-            readFloatAttribute(child, attribute.name, &values[attribute.index]);
+        // One pass over the attributes, in which the first of each name counts, as a lookup by
+        // name would find it.
+        bool taken[N] = {};
+        for (pugi::xml_attribute attribute = child.first_attribute(); attribute;
+             attribute = attribute.next_attribute()) {
+            for (size_t k = 0; k < N; ++k) {
+                if (taken[k] || std::strcmp(attribute.name(), attributes[k].name) != 0) continue;
+                taken[k] = true;
+                values[attributes[k].index] = narrowToFloat(XmlParseDouble(attribute.value()));
+                break;
+            }
         }
         std::memcpy(&segments[id], values, sizeof values);
     }
@@ -448,7 +462,7 @@ void XmlWriteSpline(pugi::xml_node parent, const char* key, const SplineSegment*
 }
 
 void XmlReadSpline(pugi::xml_node parent, const char* key, SplineSegment* segments, size_t count) {
-    XmlReadSplineElement(parent.child(key), segments, count);
+    XmlReadSplineElement(keyElement(parent, key), segments, count);
 }
 
 void XmlWriteColorSplineElement(pugi::xml_node element, const ColorSplineSegment* segments) {
@@ -464,7 +478,7 @@ void XmlWriteColorSpline(pugi::xml_node parent, const char* key, const ColorSpli
 }
 
 void XmlReadColorSpline(pugi::xml_node parent, const char* key, ColorSplineSegment* segments) {
-    XmlReadColorSplineElement(parent.child(key), segments);
+    XmlReadColorSplineElement(keyElement(parent, key), segments);
 }
 
 // ---- References --------------------------------------------------------------------------------
@@ -491,7 +505,7 @@ int32_t lookUpId(const char16_t* name, ITaviNameInterface* names, IdOf idOf) {
 
 void readReference(pugi::xml_node parent, const char* key, int32_t* field, ITaviNameInterface* names,
                    IdOf idOf) {
-    const std::u16string name = utf8ToUtf16(parent.child(key).attribute("name").value());
+    const std::u16string name = utf8ToUtf16(keyElement(parent, key).attribute("name").value());
     *field = lookUpId(name.c_str(), names, idOf);
 }
 } // namespace

@@ -4,7 +4,8 @@
 // A value sits on an element of its own whose name is the key. Lookups compare element and
 // attribute names exactly and take the first match; only the list elements (`Segment` here)
 // compare without regard to ASCII case. Readers accept a null parent and then see every key as
-// missing. What a missing key does depends on the kind:
+// missing; a null key makes them read `parent` itself as the key's element, for a caller that
+// has found it already. What a missing key does depends on the kind:
 //   - int, uint, float, bool, colour, extended colour, matrix: the field keeps its value;
 //   - string: the field is cleared;
 //   - enum: the empty word of the table is looked up, so a table with an empty word yields its
