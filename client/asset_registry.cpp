@@ -20,9 +20,10 @@ template <>
 struct Documents<TexMapRecord> {
     static constexpr const char16_t* kRecursion = messages::kTexMapRecursion;
     static const std::u16string& folder(const ClientOptions& o) { return o.texmapsPath; }
-    static int32_t detect(const char16_t* path) { return DetectTexMapType(path); }
-    static void read(TexMapRecord& record, const char16_t* path, ITaviNameInterface* names) {
-        ReadTexMapDocument(&record, path, names);
+    using Document = TexMapDocument;
+    static int32_t detect(const Document& document) { return document.type(); }
+    static void read(TexMapRecord& record, const Document& document, ITaviNameInterface* names) {
+        document.read(&record, names);
     }
     static void walk(TexMapRecord& record, ITaviNameInterface* names) { WalkTexMapReferences(&record, names); }
     static int32_t add(ITaviTracer* tracer, TexMapRecord& record) { return tracer->addTexMap(&record); }
@@ -32,9 +33,10 @@ template <>
 struct Documents<MaterialRecord> {
     static constexpr const char16_t* kRecursion = messages::kMaterialRecursion;
     static const std::u16string& folder(const ClientOptions& o) { return o.materialsPath; }
-    static int32_t detect(const char16_t* path) { return DetectMaterialType(path); }
-    static void read(MaterialRecord& record, const char16_t* path, ITaviNameInterface* names) {
-        ReadMaterialDocument(&record, path, names);
+    using Document = MaterialDocument;
+    static int32_t detect(const Document& document) { return document.type(); }
+    static void read(MaterialRecord& record, const Document& document, ITaviNameInterface* names) {
+        document.read(&record, names);
     }
     static void walk(MaterialRecord& record, ITaviNameInterface* names) { WalkMaterialReferences(&record, names); }
     static int32_t add(ITaviTracer* tracer, MaterialRecord& record) { return tracer->addMaterial(&record); }
@@ -128,10 +130,11 @@ void AssetRegistry::readDocument(typename Kind::Entry& entry, const char16_t* na
     using Source = Documents<typename Kind::Record>;
     const std::u16string& folder = Source::folder(options_);
     if (folder.empty()) return;
-    const std::u16string path = folder + name + u".xml";
-    if (int32_t type = Source::detect(path.c_str())) {
+    // Parsed once: the type is detected from the document that is then read.
+    const typename Source::Document document((folder + name + u".xml").c_str());
+    if (int32_t type = Source::detect(document)) {
         entry.record.type = type;
-        Source::read(entry.record, path.c_str(), &names_);
+        Source::read(entry.record, document, &names_);
     }
 }
 
