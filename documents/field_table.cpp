@@ -94,6 +94,83 @@ bool fieldInside(const FieldDescriptor& field, size_t recordSize) {
 
 namespace {
 
+// ---- Finding keys
+
+// Finds children by name as pugi::xml_node::child finds them, the first child of the name, and
+// quickly when the names are asked in the order of the children, as the documents' writer puts
+// them out: the child after the last one found is tried first. It is taken only if no child ahead
+// of it can bear the name: the children passed so far were each taken as the first of their
+// name, and their names are kept as bits of a hash. Any other lookup goes through child().
+class ChildCursor {
+  public:
+    pugi::xml_node find(pugi::xml_node parent, const char* name) {
+        if (parent != parent_) {
+            parent_ = parent;
+            next_ = parent.first_child();
+            std::memset(taken_, 0, sizeof taken_);
+        }
+        while (next_ && *next_.name() == '\0')
+            next_ = next_.next_sibling();
+        if (next_ && std::strcmp(next_.name(), name) == 0) {
+            const uint8_t bit = hashOf(name);
+            uint64_t& word = taken_[bit / 64];
+            const uint64_t mask = uint64_t(1) << (bit % 64);
+            if (!(word & mask)) {
+                word |= mask;
+                const pugi::xml_node found = next_;
+                next_ = next_.next_sibling();
+                return found;
+            }
+        }
+        return parent.child(name);
+    }
+
+  private:
+    static uint8_t hashOf(const char* name) {
+        uint32_t hash = 2166136261u;
+        for (; *name; ++name)
+            hash = (hash ^ uint8_t(*name)) * 16777619u;
+        return uint8_t(hash ^ hash >> 8 ^ hash >> 16 ^ hash >> 24);
+    }
+
+    pugi::xml_node parent_;
+    pugi::xml_node next_;
+    uint64_t taken_[4] = {};
+};
+
+// The elements of a table's keys below one section, found as findHolder and child() find them.
+// Keys in sections ("Base/BaseColor") mostly follow each other, so the holder of the last one
+// is kept.
+class KeyFinder {
+  public:
+    explicit KeyFinder(pugi::xml_node section) : section_(section) {}
+
+    pugi::xml_node find(const char* key, pugi::xml_node* holder, const char** leaf) {
+        const char* slash = std::strrchr(key, '/');
+        if (!slash) {
+            *holder = section_;
+            *leaf = key;
+            return top_.find(section_, key);
+        }
+        const size_t pathLength = static_cast<size_t>(slash - key);
+        if (!lastPath_ || pathLength != lastPathLength_ || std::strncmp(key, lastPath_, pathLength) != 0) {
+            lastHolder_ = findHolder(section_, key, leaf);
+            lastPath_ = key;
+            lastPathLength_ = pathLength;
+        }
+        *holder = lastHolder_;
+        *leaf = slash + 1;
+        return lastHolder_ == section_ ? top_.find(section_, *leaf) : inner_.find(lastHolder_, *leaf);
+    }
+
+  private:
+    pugi::xml_node section_;
+    ChildCursor top_, inner_;
+    const char* lastPath_ = nullptr;
+    size_t lastPathLength_ = 0;
+    pugi::xml_node lastHolder_;
+};
+
 // Reads one row whose key's element (null when missing) has been found below `parent`; `key` is
 // the last component of the row's key.
 void readRow(const FieldDescriptor& field, pugi::xml_node parent, const char* key, pugi::xml_node element,
@@ -189,8 +266,15 @@ void readField(const FieldDescriptor& field, pugi::xml_node section, uint8_t* re
 
 void readFields(const FieldDescriptor* fields, size_t count, pugi::xml_node section, uint8_t* record,
                 size_t recordSize, ITaviNameInterface* names) {
-    for (size_t i = 0; i < count; ++i)
-        readField(fields[i], section, record, recordSize, names);
+    KeyFinder finder(section);
+    for (size_t i = 0; i < count; ++i) {
+        const FieldDescriptor& field = fields[i];
+        if ((field.flags & kFieldWriteOnly) || !fieldInside(field, recordSize)) continue;
+        pugi::xml_node parent;
+        const char* key = nullptr;
+        const pugi::xml_node element = finder.find(field.key, &parent, &key);
+        readRow(field, parent, key, element, record, recordSize, names);
+    }
 }
 
 // ---- Writing and walking -----------------------------------------------------------------------

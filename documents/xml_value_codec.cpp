@@ -437,6 +437,7 @@ void readSegments(pugi::xml_node element, Segment* segments, size_t count,
         bool taken[N] = {};
         for (pugi::xml_attribute attribute = child.first_attribute(); attribute;
              attribute = attribute.next_attribute()) {
+            if (attribute == idAttribute) continue;
             for (size_t k = 0; k < N; ++k) {
                 if (taken[k] || std::strcmp(attribute.name(), attributes[k].name) != 0) continue;
                 taken[k] = true;

@@ -184,4 +184,36 @@ TEST(FieldTable, MissingKeysFollowTheirKind) {
         << "a read asks for every reference, read-only ones included";
 }
 
+// Keys are read from the first element of their name, whatever the order of the elements, and a
+// key that stands twice in the table reads that same first element both times.
+TEST(FieldTable, KeysReadTheFirstElementOfTheirNameInAnyOrder) {
+    constexpr FieldDescriptor kRows[] = {intField("A", 0),    intField("B", 4),    intField("C", 8),
+                                         intField("S/X", 12), intField("S/Y", 16), intField("A", 20),
+                                         intField("T/X", 24)};
+    const struct Case {
+        const char* body;
+        std::vector<int32_t> values; // -1: the key is missing and the field keeps its value
+    } cases[] = {
+        {"<A value='1'/><B value='2'/><C value='3'/><S><X value='4'/><Y value='5'/></S><T><X value='7'/></T>",
+         {1, 2, 3, 4, 5, 1, 7}},
+        {"<T><X value='7'/></T><C value='3'/><A value='1'/><B value='2'/><A value='9'/>"
+         "<S><Y value='5'/><X value='4'/><X value='8'/></S><S><X value='6'/></S>",
+         {1, 2, 3, 4, 5, 1, 7}},
+        {"<A value='1'/><A value='9'/><B value='2'/><S><Y value='5'/></S>", {1, 2, -1, -1, 5, 1, -1}},
+        {"<B value='2'/><A value='1'/><A value='9'/><C value='3'/><T/><T><X value='8'/></T>",
+         {1, 2, 3, -1, -1, 1, -1}},
+        {"<C value='3'/><C value='4'/><B value='2'/><B value='5'/>", {-1, 2, 3, -1, -1, -1, -1}},
+    };
+    for (const Case& c : cases) {
+        pugi::xml_document doc;
+        parse(doc, (std::string("<P>") + c.body + "</P>").c_str());
+        std::vector<uint8_t> record(28, 0xFF);
+        readFields(kRows, std::size(kRows), doc.child("P"), record.data(), record.size(), nullptr);
+        std::vector<int32_t> values;
+        for (size_t offset = 0; offset < record.size(); offset += 4)
+            values.push_back(at<int32_t>(record, offset));
+        EXPECT_EQ(values, c.values) << c.body;
+    }
+}
+
 } // namespace
