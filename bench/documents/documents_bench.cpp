@@ -10,8 +10,8 @@
 // The client runs beside the recording engine, once with the two document folders and once
 // without; the difference of the two is the documents' share of the load. The bare parse is
 // pugi::xml_document::load_file over the same files. Both are processor time (user and system),
-// which other work on a busy machine disturbs far less than it does the clock; they are given
-// per document, with their ratio. Target: a ratio of at most 1.5.
+// which other work on a busy machine disturbs far less than it does the clock, the least of
+// several rounds; they are given per document, with their ratio. Target: a ratio of at most 1.5.
 #include "bridge/name_interface.h"
 #include "documents/material_document.h"
 #include "documents/materials/material_types.h"
@@ -389,12 +389,6 @@ double timeClient(const fs::path& folder, bool withDocuments, size_t texMaps) {
     return cpuSeconds;
 }
 
-double median(std::vector<double> values) {
-    std::sort(values.begin(), values.end());
-    const size_t middle = values.size() / 2;
-    return values.size() % 2 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
-}
-
 double threadSeconds() {
     timespec now{};
     clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
@@ -439,27 +433,26 @@ int main(int argc, char** argv) {
         for (const fs::path& file : *files)
             bytes += fs::file_size(file);
 
-    // The runs with and without documents go in pairs, and the share is the median of the
-    // pairs' differences: a busy moment of the machine then touches one pair, not the figure.
-    std::vector<double> without, with, shares, bare;
+    // Other work on the machine only ever adds processor time (a shared core, cold caches), and
+    // the longer run collects more of it; the least of several rounds, taken in turn, comes
+    // closest to what the work itself costs.
+    double without = 1e30, with = 1e30, bare = 1e30;
     size_t refused = 0;
     for (int round = 0; round < kRounds; ++round) {
-        without.push_back(timeClient(folder, false, documents.texMaps.size()));
-        with.push_back(timeClient(folder, true, documents.texMaps.size()));
-        shares.push_back(with.back() - without.back());
-        bare.push_back(timeBareParse(documents, &refused));
+        without = std::min(without, timeClient(folder, false, documents.texMaps.size()));
+        with = std::min(with, timeClient(folder, true, documents.texMaps.size()));
+        bare = std::min(bare, timeBareParse(documents, &refused));
     }
-    const double share = median(shares);
-    std::printf(
-        "%zu material and %zu texmap documents, %.1f KiB a document on average; medians of %d rounds\n",
-        documents.materials.size(), documents.texMaps.size(), bytes / 1024.0 / count, kRounds);
-    std::printf("client load without documents: %8.1f ms of processor time\n", median(without) * 1e3);
-    std::printf("client load with documents:    %8.1f ms of processor time\n", median(with) * 1e3);
+    const double share = with - without;
+    std::printf("%zu material and %zu texmap documents, %.1f KiB a document on average; least of %d rounds\n",
+                documents.materials.size(), documents.texMaps.size(), bytes / 1024.0 / count, kRounds);
+    std::printf("client load without documents: %8.1f ms of processor time\n", without * 1e3);
+    std::printf("client load with documents:    %8.1f ms of processor time\n", with * 1e3);
     std::printf("documents' share of the load:  %8.1f us a document\n", share / count * 1e6);
     std::printf("bare pugixml parse:            %8.1f us a document (%zu refused part way: a key begins with "
                 "a digit)\n",
-                median(bare) / count * 1e6, refused);
-    std::printf("ratio: %.2f (target: at most 1.5)\n", share / median(bare));
+                bare / count * 1e6, refused);
+    std::printf("ratio: %.2f (target: at most 1.5)\n", share / bare);
     if (!keep) fs::remove_all(folder);
     return 0;
 }
