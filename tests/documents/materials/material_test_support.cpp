@@ -1,4 +1,4 @@
-#include "tests/material_families/material_test_support.h"
+#include "tests/documents/materials/material_test_support.h"
 
 #include "documents/material_document.h"
 #include "documents/materials/material_types.h"

@@ -3,7 +3,7 @@
 // (segments without end, texts beyond capacity, deep nesting, long names).
 #include "documents/material_document.h"
 #include "documents/materials/material_types.h"
-#include "tests/material_families/material_test_support.h"
+#include "tests/documents/materials/material_test_support.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "tests/texmap_families/texmap_test_support.h"
+#include "tests/documents/texmaps/texmap_test_support.h"
 
 #include "documents/texmap_document.h"
 

@@ -5,7 +5,7 @@
 #include "documents/settings_document.h"
 #include "documents/spectrum_table.h"
 
-#include "tests/documents_settings/settings_test_support.h"
+#include "tests/documents/settings_test_support.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 // texture channels behind Colors. ToneOperator and AOV have tests of their own.
 #include "documents/settings_document.h"
 
-#include "tests/documents_settings/settings_test_support.h"
+#include "tests/documents/settings_test_support.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 #include "documents/aov_tone_sections.h"
 #include "documents/settings_document.h"
 
-#include "tests/documents_settings/settings_test_support.h"
+#include "tests/documents/settings_test_support.h"
 
 #include <gtest/gtest.h>
 

@@ -4,7 +4,7 @@
 #include "documents/material_document.h"
 #include "documents/materials/material_types.h"
 #include "scene/record_images.h"
-#include "tests/material_families/material_test_support.h"
+#include "tests/documents/materials/material_test_support.h"
 
 #include <gtest/gtest.h>
 

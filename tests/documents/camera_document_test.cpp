@@ -4,7 +4,7 @@
 #include "documents/camera_document.h"
 
 #include "scene/temp_objects.h"
-#include "tests/documents_settings/settings_test_support.h"
+#include "tests/documents/settings_test_support.h"
 
 #include <gtest/gtest.h>
 

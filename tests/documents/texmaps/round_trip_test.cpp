@@ -8,7 +8,7 @@
 #include "documents/texmap_document.h"
 #include "documents/texmaps/families.h"
 #include "documents/texmaps/texmap_types.h"
-#include "tests/texmap_families/texmap_test_support.h"
+#include "tests/documents/texmaps/texmap_test_support.h"
 
 #include <gtest/gtest.h>
 

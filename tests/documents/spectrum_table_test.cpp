@@ -3,7 +3,7 @@
 #include "documents/spectrum_table.h"
 
 #include "memory/pool_internals.h"
-#include "tests/documents_settings/settings_test_support.h"
+#include "tests/documents/settings_test_support.h"
 
 #include <gtest/gtest.h>
 
