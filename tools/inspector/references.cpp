@@ -1,51 +1,20 @@
 // References between records: read by the field tables, named through the registries.
-#include "bridge/name_interface.h"
 #include "common/unicode.h"
-#include "scene/byte_span.h"
 #include "tools/inspector/survey.h"
 
 namespace inspector {
 
 namespace {
 
-// Repeated elements (a mix's children, a list of layers) keep their references in code of their
-// own. The table's writer asks the name interface for each of them, so a writer without a
-// document, handed this recorder, tells which ids the element refers to.
-class ReferenceRecorder final : public ITaviNameInterface {
-  public:
-    ReferenceRecorder(const char* key, std::vector<Reference>& found) : key_(key), found_(found) {}
-
-    int32_t* GetTextureId(int32_t* result, const char16_t*) override { return none(result); }
-    const char16_t* GetTextureName(int32_t id) override { return note("texture", id); }
-    int32_t* GetTexMapId(int32_t* result, const char16_t*) override { return none(result); }
-    const char16_t* GetTexMapName(int32_t id) override { return note("texmap", id); }
-    int32_t* GetMaterialId(int32_t* result, const char16_t*) override { return none(result); }
-    const char16_t* GetMaterialName(int32_t id) override { return note("material", id); }
-    uint64_t GetModelId(const char16_t*) override { return 0; }
-    const char16_t* GetModelName() override { return u""; }
-    void* destroy(uint32_t) override { return nullptr; }
-
-  private:
-    static int32_t* none(int32_t* result) {
-        *result = -1;
-        return result;
-    }
-    const char16_t* note(const char* kind, int32_t id) {
-        if (id != -1) found_.push_back(unresolved(key_, kind, id));
-        return u"";
-    }
-
-    const char* key_;
-    std::vector<Reference>& found_;
-};
-
-const char* referenceKind(FieldKind kind) {
+// Models are named by the documents, not referred to by id; the survey has no ids of theirs.
+const char* referenceKind(ReferenceKind kind) {
     switch (kind) {
-    case FieldKind::TexMapRef: return "texmap";
-    case FieldKind::MaterialRef: return "material";
-    case FieldKind::TextureRef: return "texture";
-    default: return nullptr;
+    case ReferenceKind::TexMap: return "texmap";
+    case ReferenceKind::Material: return "material";
+    case ReferenceKind::Texture: return "texture";
+    case ReferenceKind::Model: return nullptr;
     }
+    return nullptr;
 }
 
 void resolve(Reference& reference, const Survey& survey) {
@@ -72,20 +41,13 @@ Reference unresolved(const char* key, const char* kind, int32_t id) {
 std::vector<Reference> tableReferences(const TypeDescriptor* type, const uint8_t* record, size_t recordBytes) {
     std::vector<Reference> found;
     if (!type) return found;
-    const ByteSpan bytes{record, recordBytes};
+    // Row by row, so that each reference keeps the key it stands under.
     for (size_t i = 0; i < type->fieldCount; ++i) {
         const FieldDescriptor& row = type->fields[i];
-        // The client's reference walk leaves these rows out as well.
-        if (row.flags & kFieldReadOnly) continue;
-        if (row.kind == FieldKind::Custom) {
-            ReferenceRecorder recorder(row.key, found);
-            writeField(row, pugi::xml_node(), record, recordBytes, &recorder);
-            continue;
-        }
-        const char* kind = referenceKind(row.kind);
-        if (!kind || !bytes.holds(row.offset, sizeof(int32_t))) continue;
-        const int32_t id = bytes.i32(row.offset);
-        if (id != -1) found.push_back(unresolved(row.key, kind, id));
+        forEachReference(&row, 1, record, recordBytes, [&](ReferenceKind kind, int32_t id) {
+            const char* name = referenceKind(kind);
+            if (name && id != -1) found.push_back(unresolved(row.key, name, id));
+        });
     }
     return found;
 }
