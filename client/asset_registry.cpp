@@ -21,10 +21,6 @@ struct Documents<TexMapRecord> {
     static constexpr const char16_t* kRecursion = messages::kTexMapRecursion;
     static const std::u16string& folder(const ClientOptions& o) { return o.texmapsPath; }
     using Document = TexMapDocument;
-    static int32_t detect(const Document& document) { return document.type(); }
-    static void read(TexMapRecord& record, const Document& document, ITaviNameInterface* names) {
-        document.read(&record, names);
-    }
     static void walk(TexMapRecord& record, ITaviNameInterface* names) { WalkTexMapReferences(&record, names); }
     static int32_t add(ITaviTracer* tracer, TexMapRecord& record) { return tracer->addTexMap(&record); }
 };
@@ -34,10 +30,6 @@ struct Documents<MaterialRecord> {
     static constexpr const char16_t* kRecursion = messages::kMaterialRecursion;
     static const std::u16string& folder(const ClientOptions& o) { return o.materialsPath; }
     using Document = MaterialDocument;
-    static int32_t detect(const Document& document) { return document.type(); }
-    static void read(MaterialRecord& record, const Document& document, ITaviNameInterface* names) {
-        document.read(&record, names);
-    }
     static void walk(MaterialRecord& record, ITaviNameInterface* names) { WalkMaterialReferences(&record, names); }
     static int32_t add(ITaviTracer* tracer, MaterialRecord& record) { return tracer->addMaterial(&record); }
 };
@@ -132,9 +124,9 @@ void AssetRegistry::readDocument(typename Kind::Entry& entry, const char16_t* na
     if (folder.empty()) return;
     // Parsed once: the type is detected from the document that is then read.
     const typename Source::Document document((folder + name + u".xml").c_str());
-    if (int32_t type = Source::detect(document)) {
+    if (int32_t type = document.type()) {
         entry.record.type = type;
-        Source::read(entry.record, document, &names_);
+        document.read(&entry.record, &names_);
     }
 }
 

@@ -3,7 +3,6 @@
 #include "client/file_renderer.h"
 #include "client/messages.h"
 #include "client/sweep.h"
-#include "common/hash.h"
 #include "common/wide_format.h"
 #include "documents/camera_document.h"
 #include "documents/settings_document.h"
