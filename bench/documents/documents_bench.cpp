@@ -13,6 +13,7 @@
 // which other work on a busy machine disturbs far less than it does the clock, the least of
 // several rounds; they are given per document, with their ratio. Target: a ratio of at most 1.5.
 // Last, the documents' own work without the client around it, to tell it from the registry's.
+#include "bench/support/child_process.h"
 #include "bridge/name_interface.h"
 #include "documents/material_document.h"
 #include "documents/materials/material_types.h"
@@ -23,9 +24,6 @@
 #include "tools/scene_writer/record_builders.h"
 #include "tools/scene_writer/scene_writer.h"
 
-#include <fcntl.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -36,7 +34,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -46,6 +43,9 @@ namespace fs = std::filesystem;
 namespace sw = scene_writer;
 
 namespace {
+
+using bench::readText;
+using bench::runProcess;
 
 constexpr int kMaterials = 10000;
 constexpr int kNamingEvery = 3;
@@ -308,42 +308,6 @@ void writeScene(const fs::path& path) {
 
 // ---- Running the client -------------------------------------------------------------------------
 
-std::string readText(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
-double seconds(const timeval& time) {
-    return double(time.tv_sec) + double(time.tv_usec) * 1e-6;
-}
-
-// Runs `arguments` with its standard output and error in `output`; the exit status, or 128 and
-// the signal. `cpuSeconds` receives the processor time the child took, user and system.
-int runProcess(const std::vector<std::string>& arguments, const fs::path& output, double* cpuSeconds) {
-    std::vector<char*> argv;
-    for (const std::string& argument : arguments)
-        argv.push_back(const_cast<char*>(argument.c_str()));
-    argv.push_back(nullptr);
-    std::fflush(nullptr);
-    pid_t child = fork();
-    if (child < 0) die("fork");
-    if (child == 0) {
-        int fd = open(output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-        if (fd >= 0) {
-            dup2(fd, STDOUT_FILENO);
-            dup2(fd, STDERR_FILENO);
-        }
-        execv(argv[0], argv.data());
-        _exit(127);
-    }
-    int status = 0;
-    rusage usage{};
-    if (wait4(child, &status, 0, &usage) < 0) die("wait4");
-    *cpuSeconds = seconds(usage.ru_utime) + seconds(usage.ru_stime);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-}
 
 // The build folder holds bin/TaviClient and engines/recording/TaviTracerAVX.so; this program
 // sits in it at bench/documents.

@@ -11,13 +11,12 @@
 // count. The scaling from one thread shows whether anything shared (the client's pool, which
 // serves the engine's `new`, for one) holds the threads back; Embree's scaling on the same
 // machine says what the machine allows.
+#include "bench/support/child_process.h"
 #include "scene/records.h"
 #include "tools/scene_writer/preview_builders.h"
 #include "tools/scene_writer/record_builders.h"
 #include "tools/scene_writer/scene_writer.h"
 
-#include <fcntl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
@@ -28,7 +27,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <optional>
 #include <sstream>
 #include <string>
@@ -39,6 +37,9 @@ namespace fs = std::filesystem;
 namespace sw = scene_writer;
 
 namespace {
+
+using bench::readText;
+using bench::runProcess;
 
 constexpr int kImageSize = 512;
 constexpr int kPasses = 32; // one sample a pixel each
@@ -152,36 +153,6 @@ void writeScene(const std::string& path, int threads) {
 
 // ---- Processes ----------------------------------------------------------------------------------
 
-std::string readText(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
-// Runs `arguments` with its standard output and error in `output`; the exit status, or 128 and
-// the signal.
-int runProcess(const std::vector<std::string>& arguments, const fs::path& output) {
-    std::vector<char*> argv;
-    for (const std::string& argument : arguments)
-        argv.push_back(const_cast<char*>(argument.c_str()));
-    argv.push_back(nullptr);
-    std::fflush(nullptr);
-    pid_t child = fork();
-    if (child < 0) die("fork");
-    if (child == 0) {
-        int fd = open(output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-        if (fd >= 0) {
-            dup2(fd, STDOUT_FILENO);
-            dup2(fd, STDERR_FILENO);
-        }
-        execv(argv[0], argv.data());
-        _exit(127);
-    }
-    int status = 0;
-    if (waitpid(child, &status, 0) < 0) die("waitpid");
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-}
 
 std::optional<fs::path> findOnPath(const std::string& name) {
     const char* path = std::getenv("PATH");
