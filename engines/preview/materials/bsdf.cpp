@@ -184,28 +184,6 @@ float selectionWeight(const Lobe& lobe, const Vec3& wo, float eta) {
     return 0;
 }
 
-// The shading-frame directions as the lobes see them.
-struct LocalView {
-    Vec3 wo;
-    bool flipped; // wo came from behind the shading normal: the ray leaves a dielectric
-    float eta(const Lobe& lobe) const { return flipped ? 1 / lobe.eta : lobe.eta; }
-    Vec3 toLobe(Vec3 w) const {
-        if (flipped) w.z = -w.z;
-        return w;
-    }
-};
-
-// Each lobe's share of the samples into `weights`; returns their sum.
-float selectionWeights(const Bsdf& bsdf, const LocalView& view, float* weights) {
-    const int count = bsdf.lobeCount();
-    float total = 0;
-    for (int i = 0; i < count; ++i) {
-        weights[i] = std::max(0.0f, selectionWeight(bsdf.lobe(i), view.toLobe(view.wo), view.eta(bsdf.lobe(i))));
-        total += weights[i];
-    }
-    return total;
-}
-
 constexpr float kMinCos = 1e-7f;
 
 } // namespace
@@ -234,68 +212,76 @@ void Bsdf::scaleAll(const Color& factor) {
     }
 }
 
-Color Bsdf::evaluate(const Vec3& wo, const Vec3& wi, float* pdf) const {
-    *pdf = 0;
-    const Vec3 woShading = frame_.toLocal(wo), wiShading = frame_.toLocal(wi);
-    if (std::abs(woShading.z) < kMinCos || std::abs(wiShading.z) < kMinCos) return Color(0);
-    // A direction that the shading normal puts on one side and the geometric normal on the
-    // other would leak light through the surface.
-    const bool sameSide = woShading.z * wiShading.z > 0;
-    if (sameSide != (dot(wo, geometricNormal_) * dot(wi, geometricNormal_) > 0)) return Color(0);
+BsdfView::BsdfView(const Bsdf& bsdf, const Vec3& wo) : bsdf_(bsdf), wo_(wo) {
+    const Vec3 woShading = bsdf.frame_.toLocal(wo);
+    grazing_ = std::abs(woShading.z) < kMinCos;
+    flipped_ = woShading.z < 0;
+    woLobe_ = toLobe(woShading);
+    woGeometric_ = dot(wo, bsdf.geometricNormal_);
+    for (int i = 0; i < bsdf.count_; ++i) {
+        const Lobe& lobe = bsdf.lobes_[i].lobe;
+        weights_[i] = std::max(0.0f, selectionWeight(lobe, woLobe_, eta(lobe)));
+        total_ += weights_[i];
+    }
+}
 
-    const LocalView view{woShading, woShading.z < 0};
-    const Vec3 woLobe = view.toLobe(woShading), wiLobe = view.toLobe(wiShading);
-    float weights[kMaxLobes];
-    const float total = selectionWeights(*this, view, weights);
+Color BsdfView::evaluateLobes(const Vec3& wiLobe, float* pdf) const {
+    *pdf = 0;
     Color value(0);
-    for (int i = 0; i < count_; ++i) {
-        if (isDeltaKind(lobes_[i].lobe.kind)) continue;
-        const LobeValue lobe = evaluateLobe(lobes_[i].lobe, woLobe, wiLobe, view.eta(lobes_[i].lobe));
-        value += lobe.value;
-        if (total > 0) *pdf += weights[i] / total * lobe.pdf;
+    for (int i = 0; i < bsdf_.count_; ++i) {
+        const Lobe& lobe = bsdf_.lobes_[i].lobe;
+        if (isDeltaKind(lobe.kind)) continue;
+        const LobeValue part = evaluateLobe(lobe, woLobe_, wiLobe, eta(lobe));
+        value += part.value;
+        if (total_ > 0) *pdf += weights_[i] / total_ * part.pdf;
     }
     return value;
 }
 
-bool Bsdf::sample(const Vec3& wo, float u0, float u1, float u2, BsdfSample* out) const {
-    const Vec3 woShading = frame_.toLocal(wo);
-    if (std::abs(woShading.z) < kMinCos) return false;
-    const LocalView view{woShading, woShading.z < 0};
-    const Vec3 woLobe = view.toLobe(woShading);
+Color BsdfView::evaluate(const Vec3& wi, float* pdf) const {
+    *pdf = 0;
+    const Vec3 wiShading = bsdf_.frame_.toLocal(wi);
+    if (grazing_ || std::abs(wiShading.z) < kMinCos) return Color(0);
+    // A direction that the shading normal puts on one side and the geometric normal on the
+    // other would leak light through the surface.
+    const bool sameSide = woLobe_.z * toLobe(wiShading).z > 0;
+    if (sameSide != (woGeometric_ * dot(wi, bsdf_.geometricNormal_) > 0)) return Color(0);
+    return evaluateLobes(toLobe(wiShading), pdf);
+}
 
-    float weights[kMaxLobes];
-    const float total = selectionWeights(*this, view, weights);
-    if (!(total > 0)) return false;
+bool BsdfView::sample(float u0, float u1, float u2, BsdfSample* out) const {
+    if (grazing_ || !(total_ > 0)) return false;
+    const int count = bsdf_.count_;
     int chosen = -1;
     float below = 0;
-    for (int i = 0; i < count_ && chosen < 0; ++i) {
-        if (weights[i] <= 0) continue;
-        if (u0 * total < below + weights[i] || i == count_ - 1) chosen = i;
-        else below += weights[i];
+    for (int i = 0; i < count && chosen < 0; ++i) {
+        if (weights_[i] <= 0) continue;
+        if (u0 * total_ < below + weights_[i] || i == count - 1) chosen = i;
+        else below += weights_[i];
     }
     if (chosen < 0) return false;
-    const float probability = weights[chosen] / total;
+    const float probability = weights_[chosen] / total_;
     // The part of u0 that fell inside the chosen lobe's share, reused within the lobe.
-    const float uc = std::clamp((u0 * total - below) / weights[chosen], 0.0f, 0.99999994f);
+    const float uc = std::clamp((u0 * total_ - below) / weights_[chosen], 0.0f, 0.99999994f);
 
-    const Lobe& lobe = lobes_[chosen].lobe;
+    const Lobe& lobe = bsdf_.lobes_[chosen].lobe;
     LobeDirection direction;
-    if (!sampleLobe(lobe, woLobe, view.eta(lobe), uc, u1, u2, &direction)) return false;
-    const Vec3 wiShading = view.toLobe(direction.wi);
+    if (!sampleLobe(lobe, woLobe_, eta(lobe), uc, u1, u2, &direction)) return false;
+    const Vec3 wiShading = toLobe(direction.wi);
     if (std::abs(wiShading.z) < kMinCos && lobe.kind != LobeKind::Transparent) return false;
-    out->wi = normalize(frame_.toWorld(wiShading));
-    out->transmitted = woShading.z * wiShading.z < 0;
+    out->wi = normalize(bsdf_.frame_.toWorld(wiShading));
+    out->transmitted = direction.wi.z < 0;
+    const bool geometricSameSide = woGeometric_ * dot(out->wi, bsdf_.geometricNormal_) > 0;
     if (isDeltaKind(lobe.kind)) {
-        if (lobe.kind != LobeKind::Transparent &&
-            !out->transmitted != (dot(wo, geometricNormal_) * dot(out->wi, geometricNormal_) > 0))
-            return false;
+        if (lobe.kind != LobeKind::Transparent && out->transmitted == geometricSameSide) return false;
         out->delta = true;
         out->pdf = probability * direction.pdf;
         out->weight = direction.weight / probability;
         return true;
     }
     out->delta = false;
-    const Color value = evaluate(wo, out->wi, &out->pdf);
+    if (out->transmitted == geometricSameSide) return false;
+    const Color value = evaluateLobes(direction.wi, &out->pdf);
     if (!(out->pdf > 0)) return false;
     out->weight = value / out->pdf;
     return true;

@@ -59,10 +59,6 @@ class Bsdf {
     const Lobe& lobe(int i) const { return lobes_[i].lobe; }
     void scaleAll(const Color& factor);
 
-    // Value times |cos(wi, n)| for non-delta lobes, and the pdf of sampling wi.
-    Color evaluate(const Vec3& wo, const Vec3& wi, float* pdf) const;
-    // Samples a direction with three uniform numbers; false when no direction results.
-    bool sample(const Vec3& wo, float u0, float u1, float u2, BsdfSample* out) const;
     // True when every lobe is a delta lobe (no light sampling helps).
     bool isDelta() const;
     // A colour for the albedo output: the diffuse and specular weights of the lobes.
@@ -70,6 +66,7 @@ class Bsdf {
     const Vec3& normal() const { return frame_.n; }
 
   private:
+    friend class BsdfView;
     Frame frame_ = Frame::around(Vec3(0, 0, 1));
     Vec3 geometricNormal_{0, 0, 1};
     // Slots that are filled only as lobes are added: a Bsdf is made at every hit, and most use
@@ -80,6 +77,37 @@ class Bsdf {
     };
     Slot lobes_[kMaxLobes];
     int count_ = 0;
+};
+
+// A Bsdf as seen from one direction: the shading-frame view of `wo` and each lobe's share of the
+// samples depend on that direction alone, so a hit works them out once for its light sample and
+// its next direction. The Bsdf must outlive the view.
+class BsdfView {
+  public:
+    BsdfView(const Bsdf& bsdf, const Vec3& wo);
+
+    // Value times |cos(wi, n)| for non-delta lobes, and the pdf of sampling wi.
+    Color evaluate(const Vec3& wi, float* pdf) const;
+    // Samples a direction with three uniform numbers; false when no direction results.
+    bool sample(float u0, float u1, float u2, BsdfSample* out) const;
+
+  private:
+    // Both in the shading frame turned so that wo.z > 0 (the lobes' own view).
+    Color evaluateLobes(const Vec3& wiLobe, float* pdf) const;
+    Vec3 toLobe(Vec3 w) const {
+        if (flipped_) w.z = -w.z;
+        return w;
+    }
+    float eta(const Lobe& lobe) const { return flipped_ ? 1 / lobe.eta : lobe.eta; }
+
+    const Bsdf& bsdf_;
+    Vec3 wo_;
+    Vec3 woLobe_;
+    bool flipped_ = false; // wo came from behind the shading normal: the ray leaves a dielectric
+    bool grazing_ = false; // wo lies in the shading plane: nothing scatters
+    float woGeometric_ = 0;
+    float weights_[Bsdf::kMaxLobes];
+    float total_ = 0;
 };
 
 } // namespace preview

@@ -152,6 +152,7 @@ PathSample tracePath(const SceneView& scene, Ray ray, Sampler& sampler) {
 
         const Bsdf bsdf = scene.materials.bsdfAt(surface.material, at, scene.maps, sampler.next());
         if (bounce == 0) result.albedo = bsdf.albedo();
+        const BsdfView scattering(bsdf, at.wo);
 
         // Next-event estimation: one light sample, weighted against the BSDF's own choice.
         const float uChoice = sampler.next(), u0 = sampler.next(), u1 = sampler.next();
@@ -159,7 +160,7 @@ PathSample tracePath(const SceneView& scene, Ray ray, Sampler& sampler) {
             LightSample light;
             if (scene.lights.sample(at.position, uChoice, u0, u1, &light)) {
                 float bsdfPdf = 0;
-                const Color value = bsdf.evaluate(at.wo, light.wi, &bsdfPdf);
+                const Color value = scattering.evaluate(light.wi, &bsdfPdf);
                 if (!isBlack(value)) {
                     const float visible = transmittance(scene, at, light.wi, light.distance, &result.rays);
                     if (visible > 0) {
@@ -173,7 +174,7 @@ PathSample tracePath(const SceneView& scene, Ray ray, Sampler& sampler) {
 
         BsdfSample next;
         const float s0 = sampler.next(), s1 = sampler.next(), s2 = sampler.next();
-        if (!bsdf.sample(at.wo, s0, s1, s2, &next) || isBlack(next.weight) || !isFinite(next.weight)) break;
+        if (!scattering.sample(s0, s1, s2, &next) || isBlack(next.weight) || !isFinite(next.weight)) break;
         carried *= next.weight;
         previousPdf = next.pdf;
         previousDelta = next.delta;

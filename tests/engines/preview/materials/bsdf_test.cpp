@@ -52,7 +52,7 @@ Color meanWeight(const Bsdf& bsdf, const Vec3& wo, int n, int* sampled = nullptr
     int ok = 0;
     for (int i = 0; i < n; ++i) {
         BsdfSample s;
-        if (!bsdf.sample(wo, u(rng), u(rng), u(rng), &s)) continue;
+        if (!BsdfView(bsdf, wo).sample(u(rng), u(rng), u(rng), &s)) continue;
         sum += s.weight;
         ++ok;
     }
@@ -76,7 +76,7 @@ TEST(Bsdf, LambertScattersItsAlbedo) {
             for (int i = 0; i < n; ++i) {
                 const Vec3 wi = direction(1 - 2 * u(rng), 2 * kPi * u(rng));
                 float pdf;
-                byEvaluate += bsdf.evaluate(direction(c), wi, &pdf) * (4 * kPi);
+                byEvaluate += BsdfView(bsdf, direction(c)).evaluate(wi, &pdf) * (4 * kPi);
             }
             byEvaluate /= float(n);
             for (int k = 0; k < 3; ++k) {
@@ -126,10 +126,10 @@ TEST(Bsdf, SampledPdfIsEvaluatedPdf) {
             int checked = 0;
             for (int i = 0; i < 300; ++i) {
                 BsdfSample s;
-                if (!bsdf.sample(wo, u(rng), u(rng), u(rng), &s)) continue;
+                if (!BsdfView(bsdf, wo).sample(u(rng), u(rng), u(rng), &s)) continue;
                 ASSERT_FALSE(s.delta);
                 float pdf = 0;
-                const Color value = bsdf.evaluate(wo, s.wi, &pdf);
+                const Color value = BsdfView(bsdf, wo).evaluate(s.wi, &pdf);
                 ASSERT_NEAR(pdf, s.pdf, 1e-3f * std::max(1.0f, s.pdf));
                 for (int k = 0; k < 3; ++k)
                     ASSERT_NEAR(value[k] / pdf, s.weight[k], 1e-3f * std::max(1.0f, s.weight[k]));
@@ -153,7 +153,7 @@ TEST(Bsdf, PdfIntegratesToAtMostOne) {
             const int n = 400000;
             for (int i = 0; i < n; ++i) {
                 float pdf;
-                bsdf.evaluate(direction(cosO), direction(1 - 2 * u(rng), 2 * kPi * u(rng)), &pdf);
+                BsdfView(bsdf, direction(cosO)).evaluate(direction(1 - 2 * u(rng), 2 * kPi * u(rng)), &pdf);
                 integral += pdf * 4 * kPi;
             }
             integral /= n;
@@ -209,7 +209,7 @@ TEST(Bsdf, IdealGlassSplitsByFresnel) {
         Color energy(0);
         for (int i = 0; i < n; ++i) {
             BsdfSample s;
-            ASSERT_TRUE(bsdf.sample(wo, u(rng), u(rng), u(rng), &s));
+            ASSERT_TRUE(BsdfView(bsdf, wo).sample(u(rng), u(rng), u(rng), &s));
             ASSERT_TRUE(s.delta);
             energy += s.weight;
             if (!s.transmitted) {
@@ -259,8 +259,8 @@ TEST(Bsdf, ReflectionIsReciprocal) {
             SCOPED_TRACE(c.name);
             const Bsdf bsdf = single(c.lobe);
             float pdf;
-            const Color forward = bsdf.evaluate(pair[0], pair[1], &pdf) / pair[1].z;
-            const Color backward = bsdf.evaluate(pair[1], pair[0], &pdf) / pair[0].z;
+            const Color forward = BsdfView(bsdf, pair[0]).evaluate(pair[1], &pdf) / pair[1].z;
+            const Color backward = BsdfView(bsdf, pair[1]).evaluate(pair[0], &pdf) / pair[0].z;
             ASSERT_GT(forward.x, 0);
             for (int k = 0; k < 3; ++k)
                 EXPECT_NEAR(forward[k], backward[k], 1e-4f * std::max(1.0f, forward[k]));
@@ -280,13 +280,13 @@ TEST(Bsdf, NoLightThroughTheGeometricSurface) {
     const Vec3 belowSurface = normalize(Vec3(1, 0, -0.1f)); // above the shading plane only
     ASSERT_GT(dot(belowSurface, shading), 0);
     float pdf = 1;
-    EXPECT_TRUE(isBlack(bsdf.evaluate(wo, belowSurface, &pdf)));
+    EXPECT_TRUE(isBlack(BsdfView(bsdf, wo).evaluate(belowSurface, &pdf)));
     EXPECT_EQ(pdf, 0);
     std::mt19937 rng(9);
     std::uniform_real_distribution<float> u(0, 1);
     for (int i = 0; i < 2000; ++i) {
         BsdfSample s;
-        if (bsdf.sample(normalize(Vec3(1, 0, 0.2f)), u(rng), u(rng), u(rng), &s)) {
+        if (BsdfView(bsdf, normalize(Vec3(1, 0, 0.2f))).sample(u(rng), u(rng), u(rng), &s)) {
             ASSERT_GT(s.wi.z, 0);
         }
     }
@@ -305,16 +305,16 @@ TEST(Bsdf, DeltaSamplesCarryTheirChoiceProbability) {
     EXPECT_TRUE(bsdf.isDelta());
     const Vec3 wo = direction(0.7f);
     BsdfSample s;
-    ASSERT_TRUE(bsdf.sample(wo, 0.2f, 0.5f, 0.5f, &s));
+    ASSERT_TRUE(BsdfView(bsdf, wo).sample(0.2f, 0.5f, 0.5f, &s));
     EXPECT_TRUE(s.delta);
     EXPECT_NEAR(s.pdf, 0.5f, 1e-6f);
     EXPECT_NEAR(s.weight.x, 2.0f, 1e-5f);
     EXPECT_NEAR(dot(s.wi, Vec3(-wo.x, -wo.y, wo.z)), 1.0f, 1e-5f);
-    ASSERT_TRUE(bsdf.sample(wo, 0.8f, 0.5f, 0.5f, &s));
+    ASSERT_TRUE(BsdfView(bsdf, wo).sample(0.8f, 0.5f, 0.5f, &s));
     EXPECT_TRUE(s.transmitted);
     EXPECT_NEAR(dot(s.wi, -wo), 1.0f, 1e-6f);
     float pdf = 1;
-    EXPECT_TRUE(isBlack(bsdf.evaluate(wo, s.wi, &pdf)));
+    EXPECT_TRUE(isBlack(BsdfView(bsdf, wo).evaluate(s.wi, &pdf)));
     EXPECT_EQ(pdf, 0);
 }
 
