@@ -1,9 +1,11 @@
 // A material as the engine keeps it after addMaterial: values copied out of the record by the
 // keys of its type's table, ready to be combined with texture maps at each hit.
 #pragma once
+#include "engines/preview/materials/bsdf.h"
 #include "engines/preview/vec3.h"
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace preview {
@@ -70,6 +72,12 @@ enum class MaterialShape : uint8_t {
     Neutral,    // the neutral diffuse
 };
 
+// The lobes a surface gives on its front faces and on its back faces.
+struct SidedLobes {
+    std::vector<Lobe> front, back;
+    const std::vector<Lobe>& on(bool frontFacing) const { return frontFacing ? front : back; }
+};
+
 struct MixChild {
     int32_t material = -1;
     TexturedScalar weight;
@@ -92,6 +100,10 @@ struct CompiledMaterial {
     TexturedScalar bumpScale{1};
     int32_t normalMap = -1;    // tangent-space normals, x and y scaled by normalStrength
     float normalStrength = 1;
+
+    // Surface: its lobes when they are the same at every hit on a side, so that a hit only
+    // copies them.
+    std::optional<SidedLobes> fixedLobes;
 
     // What the material and those it refers to can do, known once the set is finished, so that
     // a hit asks it without walking the references again.

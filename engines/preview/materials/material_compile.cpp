@@ -2,6 +2,7 @@
 
 #include "documents/materials/families.h"
 #include "engines/preview/materials/field_reader.h"
+#include "engines/preview/materials/surface_lobes.h"
 
 #include <cstring>
 
@@ -354,6 +355,7 @@ CompileResult compileMaterial(const MaterialRecord& record, TemperatureColor tem
         break;
     default: result.supported = false; break;
     }
+    if (m->shape == MaterialShape::Surface) m->fixedLobes = fixedSurfaceLobes(m->surface);
     result.nonFinite = r.sawNonFinite();
     return result;
 }

@@ -98,7 +98,13 @@ Bsdf MaterialSet::Impl::bsdf(int32_t id, ShadingContext at, const TexMapLookup& 
 
     Bsdf out(at.shadingNormal, at.geometricNormal);
     switch (m->shape) {
-    case MaterialShape::Surface: addSurfaceLobes(m->surface, at, maps, &out); break;
+    case MaterialShape::Surface:
+        if (m->fixedLobes) {
+            for (const Lobe& lobe : m->fixedLobes->on(at.frontFacing)) out.add(lobe);
+        } else {
+            addSurfaceLobes(m->surface, at, maps, &out);
+        }
+        break;
     case MaterialShape::Emitter: break;
     case MaterialShape::Null: {
         Lobe through;

@@ -72,6 +72,30 @@ void addIfLit(const Lobe& lobe, Bsdf* bsdf) {
     if (!isBlack(lobe.weight)) bsdf->add(lobe);
 }
 
+bool mapped(const TexturedColor& color) { return color.map >= 0 || color.scaleMap >= 0; }
+bool mapped(const TexturedScalar& scalar) { return scalar.map >= 0; }
+
+// What addSurfaceLobes reads of the hit besides its side: the maps, and the angle of the ray for
+// the coat's, the specular layer's and a rough thin sheet's Fresnel terms.
+bool dependsOnHit(const SurfaceLayers& s) {
+    const bool anyMap = mapped(s.coatWeight) || mapped(s.coatColor) || mapped(s.coatTint) ||
+                        mapped(s.coatRoughness) || mapped(s.metalness) || mapped(s.conductor) || mapped(s.edge) ||
+                        mapped(s.specular) || mapped(s.transmissionWeight) || mapped(s.transmission) ||
+                        mapped(s.diffuse) || mapped(s.backDiffuse) || mapped(s.translucence) || mapped(s.roughness);
+    const bool coated = s.coatWeight.value > 0;
+    const bool specular = !isBlack(s.specular.value);
+    const bool thinSheet = s.thin && s.transmissionWeight.value > 0;
+    return anyMap || coated || specular || thinSheet;
+}
+
+// Stands for the maps where the layers name none.
+class NoMaps final : public TexMapLookup {
+  public:
+    Color color(int32_t, const ShadingContext&, Color fallback) const override { return fallback; }
+    float scalar(int32_t, const ShadingContext&, float fallback) const override { return fallback; }
+    Vec3 normal(int32_t, const ShadingContext&) const override { return {0, 0, 1}; }
+};
+
 } // namespace
 
 Color evaluate(const TexturedColor& color, const ShadingContext& at, const TexMapLookup& maps) {
@@ -149,6 +173,22 @@ void addSurfaceLobes(const SurfaceLayers& s, const ShadingContext& at, const Tex
     through.kind = LobeKind::LambertTransmit;
     through.weight = beneath * translucence;
     addIfLit(through, bsdf);
+}
+
+std::optional<SidedLobes> fixedSurfaceLobes(const SurfaceLayers& layers) {
+    if (dependsOnHit(layers)) return std::nullopt;
+    SidedLobes sided;
+    for (const bool front : {true, false}) {
+        ShadingContext at;
+        at.geometricNormal = at.shadingNormal = Vec3(0, 0, 1);
+        at.wo = Vec3(0, 0, front ? 1 : -1);
+        at.frontFacing = front;
+        Bsdf bsdf(at.shadingNormal, at.geometricNormal);
+        addSurfaceLobes(layers, at, NoMaps(), &bsdf);
+        std::vector<Lobe>& lobes = front ? sided.front : sided.back;
+        for (int i = 0; i < bsdf.lobeCount(); ++i) lobes.push_back(bsdf.lobe(i));
+    }
+    return sided;
 }
 
 } // namespace preview

@@ -4,6 +4,9 @@
 #include "engines/preview/materials/compiled_material.h"
 #include "engines/preview/shading.h"
 
+#include <optional>
+#include <vector>
+
 namespace preview {
 
 Color evaluate(const TexturedColor& color, const ShadingContext& at, const TexMapLookup& maps);
@@ -20,5 +23,10 @@ CoatAtHit coatAt(const SurfaceLayers& layers, const ShadingContext& at, const Te
 
 // Adds the coat and the layers beneath it.
 void addSurfaceLobes(const SurfaceLayers& layers, const ShadingContext& at, const TexMapLookup& maps, Bsdf* bsdf);
+
+// The lobes of layers that give the same ones at every hit on a side, worked out once: no texture
+// map and no layer whose share depends on the ray's angle (a coat, a specular layer over the
+// base, a thin sheet). None when the layers depend on the hit.
+std::optional<SidedLobes> fixedSurfaceLobes(const SurfaceLayers& layers);
 
 } // namespace preview
