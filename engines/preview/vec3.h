@@ -37,8 +37,8 @@ constexpr Vec3 cross(const Vec3& a, const Vec3& b) {
 }
 inline float length(const Vec3& a) { return std::sqrt(dot(a, a)); }
 inline Vec3 normalize(const Vec3& a) {
-    float l = length(a);
-    return l > 0 ? a / l : Vec3(0, 0, 1);
+    const float l = length(a);
+    return l > 0 ? a * (1 / l) : Vec3(0, 0, 1);
 }
 constexpr Vec3 lerp(const Vec3& a, const Vec3& b, float t) { return a + (b - a) * t; }
 inline Vec3 vmin(const Vec3& a, const Vec3& b) { return {std::min(a.x, b.x), std::min(a.y, b.y), std::min(a.z, b.z)}; }

@@ -189,11 +189,8 @@ constexpr float kMinCos = 1e-7f;
 } // namespace
 
 Bsdf::Bsdf(const Vec3& shadingNormal, const Vec3& geometricNormal)
-    : geometricNormal_(normalize(geometricNormal)) {
-    Vec3 n = normalize(shadingNormal);
-    if (dot(n, geometricNormal_) < 0) n = -n;
-    frame_ = Frame::around(n);
-}
+    : frame_(Frame::around(dot(shadingNormal, geometricNormal) < 0 ? -shadingNormal : shadingNormal)),
+      geometricNormal_(geometricNormal) {}
 
 bool Bsdf::add(const Lobe& lobe) {
     if (count_ == kMaxLobes) return false;

@@ -48,9 +48,9 @@ class Bsdf {
     static constexpr int kMaxLobes = 8;
 
     Bsdf() = default;
-    // The shading normal lies on the geometric normal's side; which side the ray came from is
-    // not assumed: every lobe scatters on both sides, and a dielectric's wo side decides whether
-    // the ray enters (wo on the normal's side) or leaves.
+    // Both normals of unit length. The shading normal is turned to the geometric normal's side;
+    // which side the ray came from is not assumed: every lobe scatters on both sides, and a
+    // dielectric's wo side decides whether the ray enters (wo on the normal's side) or leaves.
     Bsdf(const Vec3& shadingNormal, const Vec3& geometricNormal);
 
     // False when full or when the lobe's weights are not finite; the lobe is then dropped.

@@ -114,7 +114,7 @@ bool Accelerator::intersect(const Vec3& origin, const Vec3& direction, float far
     hit->prim = query.hit.primID;
     hit->u = query.hit.u;
     hit->v = query.hit.v;
-    hit->geometricNormal = normalize(Vec3(query.hit.Ng_x, query.hit.Ng_y, query.hit.Ng_z));
+    hit->geometricNormal = Vec3(query.hit.Ng_x, query.hit.Ng_y, query.hit.Ng_z);
     return true;
 }
 

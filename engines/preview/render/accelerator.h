@@ -17,7 +17,7 @@ struct Hit {
     uint32_t set = 0;  // index of the mesh, curve set or disc set
     uint32_t prim = 0; // triangle, curve or disc within the set
     float u = 0, v = 0; // Embree's hit coordinates (barycentrics of corners 1 and 2 for triangles)
-    Vec3 geometricNormal; // unit, as Embree reports it
+    Vec3 geometricNormal; // as Embree reports it, not of unit length: triangles work out their own
 };
 
 class Accelerator {

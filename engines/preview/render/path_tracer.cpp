@@ -33,8 +33,8 @@ Surface surfaceAt(const SceneView& scene, const Hit& hit, const Ray& ray) {
     case PrimitiveKind::Disc: {
         ShadingContext& at = surface.at;
         at.position = ray.origin + ray.direction * hit.distance;
-        at.geometricNormal = hit.geometricNormal;
-        at.shadingNormal = hit.geometricNormal;
+        at.geometricNormal = normalize(hit.geometricNormal);
+        at.shadingNormal = at.geometricNormal;
         for (auto& channel : at.uv) {
             channel[0] = hit.u;
             channel[1] = hit.v;
