@@ -1,5 +1,8 @@
 #include "engines/preview/render/accelerator.h"
 
+#include <emmintrin.h>
+#include <xmmintrin.h>
+
 #include <cstring>
 #include <limits>
 
@@ -13,6 +16,17 @@ void reportDeviceError(void* user, RTCError, const char* text) {
 
 template <class T> T* newBuffer(RTCGeometry geometry, RTCBufferType type, RTCFormat format, size_t count) {
     return static_cast<T*>(rtcSetNewGeometryBuffer(geometry, type, 0, format, sizeof(T), count));
+}
+
+// Embree reads a ray as three 16-byte vectors (origin and tnear, direction and time, tfar to
+// flags). Each is written with one store so that the read is served from the store; twelve
+// 4-byte stores would stall it at every query.
+void setRay(RTCRay& ray, const Vec3& origin, const Vec3& direction, float farthest) {
+    _mm_storeu_ps(&ray.org_x, _mm_setr_ps(origin.x, origin.y, origin.z, 0.0f));
+    _mm_storeu_ps(&ray.dir_x, _mm_setr_ps(direction.x, direction.y, direction.z, 0.0f));
+    int32_t farthestBits;
+    std::memcpy(&farthestBits, &farthest, sizeof farthestBits);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(&ray.tfar), _mm_setr_epi32(farthestBits, -1, 0, 0));
 }
 
 struct Float4 {
@@ -98,12 +112,8 @@ bool Accelerator::intersect(const Vec3& origin, const Vec3& direction, float far
     if (!scene_) return false;
     RTCIntersectContext context;
     rtcInitIntersectContext(&context);
-    RTCRayHit query{};
-    query.ray.org_x = origin.x, query.ray.org_y = origin.y, query.ray.org_z = origin.z;
-    query.ray.dir_x = direction.x, query.ray.dir_y = direction.y, query.ray.dir_z = direction.z;
-    query.ray.tnear = 0;
-    query.ray.tfar = farthest;
-    query.ray.mask = 0xFFFFFFFFu;
+    RTCRayHit query;
+    setRay(query.ray, origin, direction, farthest);
     query.hit.geomID = RTC_INVALID_GEOMETRY_ID;
     rtcIntersect1(scene_, &context, &query);
     if (query.hit.geomID == RTC_INVALID_GEOMETRY_ID) return false;
@@ -122,12 +132,8 @@ bool Accelerator::occluded(const Vec3& origin, const Vec3& direction, float fart
     if (!scene_) return false;
     RTCIntersectContext context;
     rtcInitIntersectContext(&context);
-    RTCRay query{};
-    query.org_x = origin.x, query.org_y = origin.y, query.org_z = origin.z;
-    query.dir_x = direction.x, query.dir_y = direction.y, query.dir_z = direction.z;
-    query.tnear = 0;
-    query.tfar = farthest;
-    query.mask = 0xFFFFFFFFu;
+    RTCRay query;
+    setRay(query, origin, direction, farthest);
     rtcOccluded1(scene_, &context, &query);
     return query.tfar < 0;
 }
