@@ -202,6 +202,13 @@ bool Bsdf::add(const Lobe& lobe) {
     return true;
 }
 
+void Bsdf::addAccepted(const std::vector<Lobe>& lobes) {
+    for (const Lobe& lobe : lobes) {
+        if (count_ == kMaxLobes) return;
+        lobes_[count_++].lobe = lobe;
+    }
+}
+
 void Bsdf::scaleAll(const Color& factor) {
     for (int i = 0; i < count_; ++i) {
         lobes_[i].lobe.weight *= factor;
@@ -266,7 +273,8 @@ bool BsdfView::sample(float u0, float u1, float u2, BsdfSample* out) const {
     if (!sampleLobe(lobe, woLobe_, eta(lobe), uc, u1, u2, &direction)) return false;
     const Vec3 wiShading = toLobe(direction.wi);
     if (std::abs(wiShading.z) < kMinCos && lobe.kind != LobeKind::Transparent) return false;
-    out->wi = normalize(bsdf_.frame_.toWorld(wiShading));
+    // Unit already: the frame is orthonormal and the lobes give unit directions.
+    out->wi = bsdf_.frame_.toWorld(wiShading);
     out->transmitted = direction.wi.z < 0;
     const bool geometricSameSide = woGeometric_ * dot(out->wi, bsdf_.geometricNormal_) > 0;
     if (isDeltaKind(lobe.kind)) {

@@ -4,6 +4,7 @@
 #include "engines/preview/vec3.h"
 
 #include <cstdint>
+#include <vector>
 
 namespace preview {
 
@@ -55,6 +56,8 @@ class Bsdf {
 
     // False when full or when the lobe's weights are not finite; the lobe is then dropped.
     bool add(const Lobe& lobe);
+    // Lobes that a Bsdf accepted before, added as far as there is room without checking again.
+    void addAccepted(const std::vector<Lobe>& lobes);
     int lobeCount() const { return count_; }
     const Lobe& lobe(int i) const { return lobes_[i].lobe; }
     void scaleAll(const Color& factor);

@@ -99,11 +99,8 @@ Bsdf MaterialSet::Impl::bsdf(int32_t id, ShadingContext at, const TexMapLookup& 
     Bsdf out(at.shadingNormal, at.geometricNormal);
     switch (m->shape) {
     case MaterialShape::Surface:
-        if (m->fixedLobes) {
-            for (const Lobe& lobe : m->fixedLobes->on(at.frontFacing)) out.add(lobe);
-        } else {
-            addSurfaceLobes(m->surface, at, maps, &out);
-        }
+        if (m->fixedLobes) out.addAccepted(m->fixedLobes->on(at.frontFacing));
+        else addSurfaceLobes(m->surface, at, maps, &out);
         break;
     case MaterialShape::Emitter: break;
     case MaterialShape::Null: {

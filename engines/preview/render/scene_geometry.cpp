@@ -145,7 +145,7 @@ bool copyMeshPart(const TRDF_Load::TriangleMesh& part, double seconds, bool* ani
 void SceneGeometry::addTriangleMeshes(const TRDF_Load::TriangleMesh* head, WarningLog& warnings) {
     for (const TRDF_Load::TriangleMesh* part = head; part; part = part->next) {
         TriangleMeshData mesh;
-        if (copyMeshPart(*part, seconds_, &animated_, warnings, &mesh)) meshes_.push_back(std::move(mesh));
+        if (copyMeshPart(*part, seconds_, &animated_, warnings, &mesh)) addMesh(std::move(mesh));
     }
 }
 
@@ -217,6 +217,13 @@ void SceneGeometry::addSprites(const TRDF_Load::SprMesh* head, WarningLog& warni
 }
 
 size_t SceneGeometry::addMesh(TriangleMeshData mesh) {
+    // Worked out once here rather than at every hit, where a square root is a long wait.
+    mesh.faceNormals.resize(mesh.triangleCount());
+    for (size_t t = 0; t < mesh.triangleCount(); ++t) {
+        const uint32_t* corner = &mesh.indices[3 * t];
+        const Vec3& p0 = mesh.positions[corner[0]];
+        mesh.faceNormals[t] = normalize(cross(mesh.positions[corner[1]] - p0, mesh.positions[corner[2]] - p0));
+    }
     meshes_.push_back(std::move(mesh));
     return meshes_.size() - 1;
 }

@@ -22,6 +22,7 @@ struct TriangleMeshData {
     std::vector<int32_t> materials;   // per triangle
     std::vector<Vec3> cornerNormals;  // three per triangle, unit; empty for a flat mesh
     std::vector<float> uvs;           // two per vertex; empty without UVs
+    std::vector<Vec3> faceNormals;    // per triangle, unit; filled when the mesh joins the geometry
 
     size_t triangleCount() const { return materials.size(); }
 };

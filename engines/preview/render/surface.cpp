@@ -10,7 +10,7 @@ ShadingContext triangleContext(const TriangleMeshData& mesh, uint32_t prim, floa
     const float b0 = 1 - b1 - b2;
     ShadingContext at;
     at.position = p0 * b0 + p1 * b1 + p2 * b2;
-    at.geometricNormal = normalize(cross(p1 - p0, p2 - p0));
+    at.geometricNormal = mesh.faceNormals[prim];
     at.shadingNormal = at.geometricNormal;
     if (!mesh.cornerNormals.empty()) {
         const Vec3* n = &mesh.cornerNormals[3 * size_t(prim)];
