@@ -19,7 +19,7 @@ struct Vec3 {
     Vec3& operator-=(const Vec3& o) { x -= o.x; y -= o.y; z -= o.z; return *this; }
     Vec3& operator*=(const Vec3& o) { x *= o.x; y *= o.y; z *= o.z; return *this; }
     Vec3& operator*=(float s) { x *= s; y *= s; z *= s; return *this; }
-    Vec3& operator/=(float s) { return *this *= 1.0f / s; }
+    Vec3& operator/=(float s) { return *this *= 1 / s; }
 };
 using Color = Vec3;
 
@@ -28,7 +28,8 @@ constexpr Vec3 operator-(Vec3 a, const Vec3& b) { return {a.x - b.x, a.y - b.y, 
 constexpr Vec3 operator*(Vec3 a, const Vec3& b) { return {a.x * b.x, a.y * b.y, a.z * b.z}; }
 constexpr Vec3 operator*(Vec3 a, float s) { return {a.x * s, a.y * s, a.z * s}; }
 constexpr Vec3 operator*(float s, Vec3 a) { return a * s; }
-constexpr Vec3 operator/(Vec3 a, float s) { return {a.x / s, a.y / s, a.z / s}; }
+// One division and three products: three divisions would wait on each other.
+constexpr Vec3 operator/(Vec3 a, float s) { return a * (1 / s); }
 constexpr Vec3 operator/(Vec3 a, const Vec3& b) { return {a.x / b.x, a.y / b.y, a.z / b.z}; }
 
 constexpr float dot(const Vec3& a, const Vec3& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
@@ -38,7 +39,7 @@ constexpr Vec3 cross(const Vec3& a, const Vec3& b) {
 inline float length(const Vec3& a) { return std::sqrt(dot(a, a)); }
 inline Vec3 normalize(const Vec3& a) {
     const float l = length(a);
-    return l > 0 ? a * (1 / l) : Vec3(0, 0, 1);
+    return l > 0 ? a / l : Vec3(0, 0, 1);
 }
 constexpr Vec3 lerp(const Vec3& a, const Vec3& b, float t) { return a + (b - a) * t; }
 inline Vec3 vmin(const Vec3& a, const Vec3& b) { return {std::min(a.x, b.x), std::min(a.y, b.y), std::min(a.z, b.z)}; }

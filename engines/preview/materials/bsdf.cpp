@@ -188,9 +188,13 @@ constexpr float kMinCos = 1e-7f;
 
 } // namespace
 
-Bsdf::Bsdf(const Vec3& shadingNormal, const Vec3& geometricNormal)
-    : frame_(Frame::around(dot(shadingNormal, geometricNormal) < 0 ? -shadingNormal : shadingNormal)),
-      geometricNormal_(geometricNormal) {}
+Bsdf::Bsdf(const Vec3& shadingNormal, const Vec3& geometricNormal) { reset(shadingNormal, geometricNormal); }
+
+void Bsdf::reset(const Vec3& shadingNormal, const Vec3& geometricNormal) {
+    frame_ = Frame::around(dot(shadingNormal, geometricNormal) < 0 ? -shadingNormal : shadingNormal);
+    geometricNormal_ = geometricNormal;
+    count_ = 0;
+}
 
 bool Bsdf::add(const Lobe& lobe) {
     if (count_ == kMaxLobes) return false;

@@ -53,6 +53,8 @@ class Bsdf {
     // which side the ray came from is not assumed: every lobe scatters on both sides, and a
     // dielectric's wo side decides whether the ray enters (wo on the normal's side) or leaves.
     Bsdf(const Vec3& shadingNormal, const Vec3& geometricNormal);
+    // As a new Bsdf of these normals, without lobes.
+    void reset(const Vec3& shadingNormal, const Vec3& geometricNormal);
 
     // False when full or when the lobe's weights are not finite; the lobe is then dropped.
     bool add(const Lobe& lobe);

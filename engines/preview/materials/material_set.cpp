@@ -26,12 +26,11 @@ std::string typeName(int32_t type) {
     return table && table->word ? table->word : std::to_string(type);
 }
 
-Bsdf neutralBsdf(const ShadingContext& at) {
-    Bsdf bsdf(at.shadingNormal, at.geometricNormal);
+void setNeutral(const ShadingContext& at, Bsdf* bsdf) {
+    bsdf->reset(at.shadingNormal, at.geometricNormal);
     Lobe lambert;
     lambert.weight = Color(0.5f);
-    bsdf.add(lambert);
-    return bsdf;
+    bsdf->add(lambert);
 }
 
 // The children's shares at a hit, and the factor that the chosen one's scattering takes: 1 when
@@ -80,7 +79,8 @@ struct MaterialSet::Impl {
     CompiledMaterial::Reach reach(int32_t id) const;
     void index();
 
-    Bsdf bsdf(int32_t id, ShadingContext at, const TexMapLookup& maps, float u, int depth) const;
+    // Builds in place: a Bsdf is large, and a copy at every level would cost more than the rest.
+    void build(int32_t id, ShadingContext at, const TexMapLookup& maps, float u, int depth, Bsdf* out) const;
     Color emission(int32_t id, const ShadingContext& at, const TexMapLookup& maps, int depth) const;
     float passThrough(int32_t id, const ShadingContext& at, const TexMapLookup& maps, int depth) const;
     // Whether `test` holds for the material or any material it refers to.
@@ -90,41 +90,45 @@ struct MaterialSet::Impl {
 
 // ---- Scattering --------------------------------------------------------------------------------
 
-Bsdf MaterialSet::Impl::bsdf(int32_t id, ShadingContext at, const TexMapLookup& maps, float u, int depth) const {
+void MaterialSet::Impl::build(int32_t id, ShadingContext at, const TexMapLookup& maps, float u, int depth,
+                              Bsdf* out) const {
     const CompiledMaterial* m = find(id);
-    if (!m || depth > kMaxNesting) return neutralBsdf(at);
+    if (!m || depth > kMaxNesting) {
+        setNeutral(at, out);
+        return;
+    }
     at.shadingNormal = modifiedNormal(*m, at, maps);
     const auto child = [&](size_t i) { return i < m->children.size() ? m->children[i].material : -1; };
 
-    Bsdf out(at.shadingNormal, at.geometricNormal);
+    out->reset(at.shadingNormal, at.geometricNormal);
     switch (m->shape) {
     case MaterialShape::Surface:
-        if (m->fixedLobes) out.addAccepted(m->fixedLobes->on(at.frontFacing));
-        else addSurfaceLobes(m->surface, at, maps, &out);
+        if (m->fixedLobes) out->addAccepted(m->fixedLobes->on(at.frontFacing));
+        else addSurfaceLobes(m->surface, at, maps, out);
         break;
     case MaterialShape::Emitter: break;
     case MaterialShape::Null: {
         Lobe through;
         through.kind = LobeKind::Transparent;
-        out.add(through);
+        out->add(through);
         break;
     }
-    case MaterialShape::Neutral: out = neutralBsdf(at); break;
+    case MaterialShape::Neutral: setNeutral(at, out); break;
     case MaterialShape::Coating: {
         const CoatAtHit coat = coatAt(m->surface, at, maps);
-        out = bsdf(child(0), at, maps, u, depth + 1);
-        out.scaleAll(coat.beneath);
-        if (coat.present) out.add(coat.lobe);
+        build(child(0), at, maps, u, depth + 1, out);
+        out->scaleAll(coat.beneath);
+        if (coat.present) out->add(coat.lobe);
         break;
     }
-    case MaterialShape::Wrapper: out = bsdf(child(0), at, maps, u, depth + 1); break;
-    case MaterialShape::Sided: out = bsdf(child(at.frontFacing ? 0 : 1), at, maps, u, depth + 1); break;
+    case MaterialShape::Wrapper: build(child(0), at, maps, u, depth + 1, out); break;
+    case MaterialShape::Sided: build(child(at.frontFacing ? 0 : 1), at, maps, u, depth + 1, out); break;
     case MaterialShape::BlendSided: {
         // The other side's material shows through in the share `amount`, chosen by u.
         const float other = clamp01(evaluate(m->amount, at, maps));
         const bool useOther = u < other;
         const float rest = useOther ? u / other : (u - other) / (1 - other);
-        out = bsdf(child(at.frontFacing != useOther ? 0 : 1), at, maps, clamp01(rest), depth + 1);
+        build(child(at.frontFacing != useOther ? 0 : 1), at, maps, clamp01(rest), depth + 1, out);
         break;
     }
     case MaterialShape::Mix: {
@@ -140,22 +144,21 @@ Bsdf MaterialSet::Impl::bsdf(int32_t id, ShadingContext at, const TexMapLookup& 
             below += shares.share[i];
         }
         const float rest = shares.share[chosen] > 0 ? (u - below) / shares.share[chosen] : u;
-        out = bsdf(child(chosen), at, maps, std::clamp(rest, 0.0f, 0.99999994f), depth + 1);
-        out.scaleAll(Color(shares.scale));
+        build(child(chosen), at, maps, std::clamp(rest, 0.0f, 0.99999994f), depth + 1, out);
+        out->scaleAll(Color(shares.scale));
         break;
     }
     }
     if (m->hasOpacity) {
         const float opacity = clamp01(evaluate(m->opacity, at, maps));
         if (opacity < 1) {
-            out.scaleAll(Color(opacity));
+            out->scaleAll(Color(opacity));
             Lobe through;
             through.kind = LobeKind::Transparent;
             through.weight = Color(1 - opacity);
-            out.add(through);
+            out->add(through);
         }
     }
-    return out;
 }
 
 // ---- Emission and pass-through -----------------------------------------------------------------
@@ -326,7 +329,9 @@ void MaterialSet::Impl::index() {
 }
 
 Bsdf MaterialSet::bsdfAt(int32_t id, const ShadingContext& at, const TexMapLookup& maps, float u) const {
-    return impl_->bsdf(id, at, maps, u, 0);
+    Bsdf bsdf;
+    impl_->build(id, at, maps, u, 0, &bsdf);
+    return bsdf;
 }
 
 Color MaterialSet::emission(int32_t id, const ShadingContext& at, const TexMapLookup& maps) const {
