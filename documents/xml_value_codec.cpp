@@ -7,6 +7,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstring>
+#include <iterator>
 #include <limits>
 #include <string>
 
@@ -106,6 +107,37 @@ bool overflows(const char* p, const char* end, bool hex) {
     return magnitude + exponent > 0;
 }
 
+// Decimal text without an exponent, of digits that make an exact double, such as the writers
+// put out ("0.100000001"): the digits as an integer and the power of ten of the fraction are
+// both exact, so one division rounds to the nearest double exactly as the full conversion does.
+// False for any other text, which is left to that conversion.
+bool parsePlainDecimal(const char* p, double* value) {
+    constexpr uint64_t kExactIntegers = uint64_t(1) << 53;
+    static constexpr double kExactPowersOfTen[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                                   1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                                   1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+    constexpr size_t kLongestFraction = std::size(kExactPowersOfTen) - 1;
+    uint64_t digits = 0;
+    size_t count = 0, fraction = 0;
+    bool point = false;
+    for (;; ++p) {
+        if (isDigit(*p)) {
+            if (digits > kExactIntegers) return false;
+            digits = digits * 10 + uint64_t(*p - '0');
+            ++count;
+            if (point) ++fraction;
+        } else if (*p == '.' && !point) {
+            point = true;
+        } else {
+            break;
+        }
+    }
+    if (count == 0 || lowerAscii(*p) == 'e' || digits > kExactIntegers || fraction > kLongestFraction)
+        return false;
+    *value = double(digits) / kExactPowersOfTen[fraction];
+    return true;
+}
+
 } // namespace
 
 float narrowToFloat(double value) {
@@ -171,11 +203,12 @@ double XmlParseDouble(const char* text) {
     }
     // The converter below takes a sign of its own; a second one is no number.
     if (*p == '+' || *p == '-') return 0.0;
-    const char* end = p + std::strlen(p);
     const bool hex = p[0] == '0' && (p[1] == 'x' || p[1] == 'X') &&
                      (isHexDigit(p[2]) || (p[2] == '.' && isHexDigit(p[3])));
-    const char* digits = hex ? p + 2 : p;
     double value = 0.0;
+    if (!hex && parsePlainDecimal(p, &value)) return negative ? -value : value;
+    const char* end = p + std::strlen(p);
+    const char* digits = hex ? p + 2 : p;
     const auto result =
         std::from_chars(digits, end, value, hex ? std::chars_format::hex : std::chars_format::general);
     if (result.ec == std::errc::result_out_of_range) {

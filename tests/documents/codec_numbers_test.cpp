@@ -4,12 +4,15 @@
 
 #include <gtest/gtest.h>
 
+#include <charconv>
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <random>
 #include <string>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 using documents_test::parse;
 using documents_test::serialise;
@@ -61,13 +64,52 @@ TEST(FloatCodec, ParsesLikeWcstod) {
         {"1e", 1},       {"1e+", 1},        {"2E3", 2000},      {"1,5", 1},          {"0x1p4", 16},
         {"0X1P-1", 0.5}, {"0x.8", 0.5},     {"0x1.8p1", 3},     {"-0x10", -16},      {"0x", 0},
         {"0xg", 0},      {"0x1p", 1},       {"inf", inf},       {"-Infinity", -inf}, {"INFx", inf},
-        {"1e400", inf},  {"-1e400", -inf},  {"0x1p99999", inf}, {"1e-400", 0}};
+        {"1e400", inf},  {"-1e400", -inf},  {"0x1p99999", inf}, {"1e-400", 0},       {"1.e2", 100},
+        {"00.500", 0.5}, {"5.5.5", 5.5},    {"0.1", 0.1},       {"-.25x", -0.25},    {"1.5E-1", 0.15}};
     for (const auto& [text, value] : cases)
         EXPECT_EQ(XmlParseDouble(text), value) << '"' << text << '"';
     EXPECT_TRUE(std::isnan(XmlParseDouble("  NAN(123)")));
     EXPECT_EQ(XmlParseDouble(nullptr), 0.0);
     EXPECT_FALSE(std::signbit(XmlParseDouble("-x"))) << "no number must not read as -0";
     EXPECT_TRUE(std::signbit(XmlParseDouble("-0")));
+}
+
+// Every text the writers put out, and decimals of any length and place of the point, read to the
+// very double that the full conversion gives, short texts and long ones alike.
+TEST(FloatCodec, DecimalsReadToTheNearestDouble) {
+    std::mt19937_64 random(20261124);
+    std::vector<std::string> texts;
+    for (int i = 0; i < 20000; ++i) {
+        const uint32_t bits = static_cast<uint32_t>(random());
+        float value;
+        std::memcpy(&value, &bits, sizeof value);
+        if (!std::isfinite(value)) continue;
+        char text[128];
+        XmlFormatFloat(value, text);
+        texts.push_back(text);
+    }
+    for (int i = 0; i < 20000; ++i) {
+        std::string digits;
+        const size_t length = 1 + random() % 26;
+        for (size_t k = 0; k < length; ++k)
+            digits += char('0' + random() % 10);
+        const size_t point = random() % (length + 2); // past the end: no point at all
+        if (point <= length) digits.insert(point, ".");
+        texts.push_back(digits);
+        texts.push_back("-" + digits);
+    }
+    texts.insert(texts.end(), {"9007199254740992", "9007199254740993", "0.9007199254740993",
+                               "1.0000000000000000000001", "0.0000000000000000000001", "123.e", "7."});
+    for (const std::string& text : texts) {
+        const bool negative = text[0] == '-';
+        const char* begin = text.c_str() + negative;
+        double expected = 0.0;
+        const auto result = std::from_chars(begin, text.c_str() + text.size(), expected);
+        ASSERT_EQ(result.ec, std::errc()) << text;
+        if (negative) expected = -expected;
+        const double read = XmlParseDouble(text.c_str());
+        EXPECT_EQ(std::memcmp(&read, &expected, sizeof read), 0) << '"' << text << '"';
+    }
 }
 
 TEST(FloatCodec, RoundTripRestoresEveryBit) {
