@@ -97,7 +97,7 @@ void MaterialSet::Impl::build(int32_t id, ShadingContext at, const TexMapLookup&
         setNeutral(at, out);
         return;
     }
-    at.shadingNormal = modifiedNormal(*m, at, maps);
+    if (m->bumpMap >= 0 || m->normalMap >= 0) at.shadingNormal = modifiedNormal(*m, at, maps);
     const auto child = [&](size_t i) { return i < m->children.size() ? m->children[i].material : -1; };
 
     out->reset(at.shadingNormal, at.geometricNormal);

@@ -137,14 +137,15 @@ PathSample tracePath(const SceneView& scene, Ray ray, Sampler& sampler) {
             result.normal = dot(at.shadingNormal, at.wo) >= 0 ? at.shadingNormal : -at.shadingNormal;
         }
 
-        if (surface.lightShape || (hit.kind == PrimitiveKind::Triangle && scene.materials.isEmissive(surface.material))) {
+        const bool emissive = !surface.lightShape && scene.materials.isEmissive(surface.material);
+        if (surface.lightShape || (hit.kind == PrimitiveKind::Triangle && emissive)) {
             float pdf = 0;
             const Color emitted = hit.kind == PrimitiveKind::Disc
                                       ? scene.lights.emittedByDisc(hit.set, hit.prim, at, previousPoint, &pdf)
                                       : scene.lights.emittedByMesh(hit.set, hit.prim, at, previousPoint, &pdf);
             const float weight = previousDelta ? 1.0f : powerHeuristic(previousPdf, pdf);
             result.radiance += capped(scene, bounce, carried * emitted * weight);
-        } else if (scene.materials.isEmissive(surface.material)) {
+        } else if (emissive) {
             // Emitting curves and discs are not light sources of their own: seen, never sampled.
             result.radiance += capped(scene, bounce, carried * scene.materials.emission(surface.material, at, scene.maps));
         }
