@@ -5,6 +5,8 @@
 #include "documents/texmap_document.h"
 #include "scene/scene_readers.h"
 
+#include <cstring>
+#include <string>
 #include <string_view>
 
 namespace {
@@ -58,6 +60,12 @@ using registry_names::isEmpty;
 
 // ---------------------------------------------------------------- the kinds
 
+TextureEntry* TextureAssets::newCreated() {
+    Entry* entry = newEntry();
+    entry->file.id = -1;
+    return entry;
+}
+
 void TextureAssets::release(Entry& e) {
     if (e.kind == TextureKind::Data) releaseTextureData(e.data);
 }
@@ -70,24 +78,49 @@ bool TextureAssets::handOver(AssetRegistry& assets, Entry& e) {
 }
 
 template <class Record>
+DocumentedEntry<Record>* DocumentedAssets<Record>::newCreated() {
+    Entry* entry = newDocumentedEntry<Record>(true);
+    entry->record->id = -1;
+    return entry;
+}
+
+template <class Record>
 void DocumentedAssets<Record>::release(Entry& e) {
-    releaseRecord(e.record);
+    if (!e.record) return;
+    releaseRecord(*e.record);
+    if (!e.recordApart) return;
+    ::operator delete(e.record);
+    e.record = nullptr;
+}
+
+// The engine has copied what it needs of the record; a record of its own block goes back, and
+// the node goes on with its name and id. A name that fills its field without an end is read on
+// into the record by whoever asks for it, so such a record stays.
+template <class Record>
+void keepNameAndId(DocumentedEntry<Record>& e) {
+    const Record& record = *e.record;
+    if (!e.recordApart || !std::char_traits<char16_t>::find(record.Name, kNameChars, u'\0')) return;
+    std::memcpy(e.keptName, record.Name, sizeof record.Name);
+    e.keptId = record.id;
+    DocumentedAssets<Record>::release(e);
 }
 
 template <class Record>
 bool DocumentedAssets<Record>::handOver(AssetRegistry& assets, Entry& e) {
     if (e.busy) {
-        assets.reportRecursion(Documents<Record>::kRecursion, e.record.Name);
+        assets.reportRecursion(Documents<Record>::kRecursion, name(e));
         return false;
     }
     e.busy = 1;
+    Record& record = *e.record;
     if (!e.documentTried) {
-        assets.readDocument<DocumentedAssets>(e, e.record.Name);
+        assets.readDocument<DocumentedAssets>(e, record.Name);
         e.documentTried = 1;
     }
-    Documents<Record>::walk(e.record, &assets.names_);
-    assets.log_.raise(Documents<Record>::add(assets.tracer_, e.record));
-    releaseRecord(e.record);
+    Documents<Record>::walk(record, &assets.names_);
+    assets.log_.raise(Documents<Record>::add(assets.tracer_, record));
+    releaseRecord(record);
+    keepNameAndId(e);
     e.busy = 0;
     return true;
 }
@@ -125,8 +158,8 @@ void AssetRegistry::readDocument(typename Kind::Entry& entry, const char16_t* na
     // Parsed once: the type is detected from the document that is then read.
     const typename Source::Document document((folder + name + u".xml").c_str());
     if (int32_t type = document.type()) {
-        entry.record.type = type;
-        document.read(&entry.record, &names_);
+        entry.record->type = type;
+        document.read(entry.record, &names_);
     }
 }
 

@@ -22,7 +22,8 @@ struct TextureAssets {
     static char16_t* nameField(Entry& e) { return e.kind == TextureKind::Data ? e.data.name : e.file.name; }
     static int32_t id(const Entry& e) { return e.id; }
     static void setId(Entry& e, int32_t id) { e.id = id; }
-    static void startCreated(Entry& e) { e.file.id = -1; }
+    static Entry* newEntry() { return newZeroedEntry<Entry>(); }
+    static Entry* newCreated();
     static void release(Entry& e);
     static bool handOver(AssetRegistry& assets, Entry& e);
 };
@@ -32,11 +33,13 @@ struct DocumentedAssets {
     using Record = RecordType;
     using Entry = DocumentedEntry<Record>;
     static constexpr bool kKeyedByAskedName = false;
-    static const char16_t* name(const Entry& e) { return e.record.Name; }
-    static char16_t* nameField(Entry& e) { return e.record.Name; }
-    static int32_t id(const Entry& e) { return e.record.id; }
-    static void setId(Entry& e, int32_t id) { e.record.id = id; }
-    static void startCreated(Entry& e) { e.record.id = -1; }
+    static const char16_t* name(const Entry& e) { return e.record ? e.record->Name : e.keptName; }
+    static int32_t id(const Entry& e) { return e.record ? e.record->id : e.keptId; }
+    // Only while the node holds its record: before it has been handed over.
+    static char16_t* nameField(Entry& e) { return e.record->Name; }
+    static void setId(Entry& e, int32_t id) { e.record->id = id; }
+    static Entry* newEntry() { return newDocumentedEntry<Record>(false); }
+    static Entry* newCreated();
     static void release(Entry& e);
     // False, with the error logged, when the item is met again while it is being handed over.
     static bool handOver(AssetRegistry& assets, Entry& e);

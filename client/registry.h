@@ -59,8 +59,8 @@ class Registry {
         return nullptr;
     }
 
-    // A zeroed node of the kind, not yet in the registry.
-    static Entry* newEntry() { return newZeroedEntry<Entry>(); }
+    // A zeroed node of the kind for the scene to fill, not yet in the registry.
+    static Entry* newEntry() { return Kind::newEntry(); }
     // Gives back what a node that never joined the registry holds, and the node.
     static void discard(Entry* entry) {
         Kind::release(*entry);
@@ -70,8 +70,7 @@ class Registry {
     // Creation, in two steps, so that what a document names gets its id before the item: the
     // node joins the list first, and gets its name and the next id once it is complete.
     Entry* create() {
-        Entry* entry = newEntry();
-        Kind::startCreated(*entry);
+        Entry* entry = Kind::newCreated();
         link(entry);
         return entry;
     }

@@ -42,12 +42,21 @@ struct TextureEntry {
     TextureDataRecord data;
 };
 
-// Texture maps and materials, which documents may replace.
+// Texture maps and materials, which documents may replace. A node read from the scene holds its
+// record in the same block, behind it: scene items all arrive long before they are handed over,
+// and giving their records back then would only touch pages left cold since. A node created for
+// a document holds its record in a block of its own, which goes back to the pool once the engine
+// has taken it; from then on the node keeps the name and id the item is still found by. Items
+// that documents create while the scene is handed over so take the same warm pages one after
+// another instead of fresh ones each.
 template <class Record>
 struct DocumentedEntry {
     DocumentedEntry* next;
-    Record record;
+    Record* record; // null once a record of its own block has been given back
     uint32_t handed, busy, documentTried;
+    uint32_t recordApart;
+    int32_t keptId;
+    char16_t keptName[kNameChars + 1];
 };
 using TexMapEntry = DocumentedEntry<TexMapRecord>;
 using MaterialEntry = DocumentedEntry<MaterialRecord>;
@@ -58,10 +67,27 @@ struct ModelNameRecord {
     char16_t name[kNameChars];
 };
 
-// Registry nodes start zeroed; they come from the process's allocator, which is the pool.
+// Registry nodes and their records start zeroed; they come from the process's allocator, which
+// is the pool.
+inline void* newZeroedBlock(size_t size) {
+    void* block = ::operator new(size);
+    std::memset(block, 0, size);
+    return block;
+}
+
 template <class Entry>
 Entry* newZeroedEntry() {
-    void* block = ::operator new(sizeof(Entry));
-    std::memset(block, 0, sizeof(Entry));
-    return static_cast<Entry*>(block);
+    return static_cast<Entry*>(newZeroedBlock(sizeof(Entry)));
+}
+
+template <class Record>
+DocumentedEntry<Record>* newDocumentedEntry(bool recordApart) {
+    using Entry = DocumentedEntry<Record>;
+    constexpr size_t recordAt = (sizeof(Entry) + alignof(Record) - 1) & ~(alignof(Record) - 1);
+    void* block = newZeroedBlock(recordApart ? sizeof(Entry) : recordAt + sizeof(Record));
+    auto* entry = static_cast<Entry*>(block);
+    entry->record = static_cast<Record*>(recordApart ? newZeroedBlock(sizeof(Record))
+                                                     : static_cast<char*>(block) + recordAt);
+    entry->recordApart = recordApart;
+    return entry;
 }

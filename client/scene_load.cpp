@@ -69,13 +69,13 @@ SceneStatus readTextureDataNode(SceneFileReader& reader, TextureEntry& entry, ui
 }
 
 SceneStatus readTexMapNode(SceneFileReader& reader, TexMapEntry& entry, uint64_t& offset) {
-    entry.record.id = -1;
-    return readTexMap(reader, entry.record, offset);
+    entry.record->id = -1;
+    return readTexMap(reader, *entry.record, offset);
 }
 
 SceneStatus readMaterialNode(SceneFileReader& reader, MaterialEntry& entry, uint64_t& offset) {
-    entry.record.id = -1;
-    return readMaterial(reader, entry.record, offset);
+    entry.record->id = -1;
+    return readMaterial(reader, *entry.record, offset);
 }
 
 } // namespace

@@ -25,11 +25,16 @@ sw::Bytes twoSided(int32_t id, const std::string& name, int32_t front, int32_t b
     return body;
 }
 
-// A mesh of two triangles that both use `material`.
-void addMesh(TestScene& scene, uint32_t material) {
+// A mesh of two triangles, the first using `material`, the second `second`.
+void addMesh(TestScene& scene, uint32_t material, uint32_t second) {
     sw::MeshPlan mesh = sw::gridMesh("mesh", 1, 1);
-    for (size_t i = 0; i < 2; ++i) sw::put32(mesh.triangleQuads, 16 * i + 12, material);
+    sw::put32(mesh.triangleQuads, 12, material);
+    sw::put32(mesh.triangleQuads, 16 + 12, second);
     scene.add(sw::kTriangleMesh, sw::meshBody(mesh));
+}
+
+void addMesh(TestScene& scene, uint32_t material) {
+    addMesh(scene, material, material);
 }
 
 TEST(RegistryLoad, MaterialsNamingEachOtherAreReportedAndStillAdded) {
@@ -67,6 +72,33 @@ TEST(RegistryLoad, AFolderDocumentReplacesTheSceneMaterialButKeepsItsId) {
     EXPECT_EQ(assetCalls(sandbox.engineLog()),
               (std::vector<std::string>{"addTexMap type=0 id=0 name=\"rust\"",
                                         "addMaterial type=7 id=4 name=\"steel\""}));
+}
+
+TEST(RegistryLoad, AMadeItemOnceHandedOverIsFoundAgainByItsName) {
+    // The texture map that the first material's document makes has reached the engine by the
+    // time the second document names it: it is found under its id, not made again.
+    ClientSandbox sandbox(recordingEnginePath());
+    std::filesystem::create_directories(sandbox.path("materials"));
+    std::filesystem::create_directories(sandbox.path("texmaps"));
+    for (const std::string material : {"steel", "iron"}) {
+        sandbox.writeFile("materials/" + material + ".xml",
+                          "<TaviMaterial type=\"DIFFUSE\"><Common><Name value=\"" + material +
+                              "\"/></Common><SpecificParameters><FrontMap name=\"rust\"/>"
+                              "</SpecificParameters></TaviMaterial>");
+    }
+    sandbox.writeFile("texmaps/rust.xml",
+                      "<TaviTexMap type=\"COLOR\"><Common><Name value=\"rust\"/></Common></TaviTexMap>");
+    TestScene scene;
+    scene.add(sw::kMaterial, twoSided(4, "steel", -1, -1));
+    scene.add(sw::kMaterial, twoSided(5, "iron", -1, -1));
+    addMesh(scene, 4, 5);
+    ClientRun run = sandbox.run({"-scene", scene.write(sandbox), "-materials", sandbox.path("materials"),
+                                 "-texmaps", sandbox.path("texmaps")});
+    EXPECT_EQ(run.exitStatus, 0) << run.output;
+    EXPECT_EQ(assetCalls(sandbox.engineLog()),
+              (std::vector<std::string>{"addTexMap type=13 id=0 name=\"rust\"",
+                                        "addMaterial type=7 id=4 name=\"steel\"",
+                                        "addMaterial type=7 id=5 name=\"iron\""}));
 }
 
 TEST(RegistryLoad, MadeItemsTakeTheIdAfterTheHighestInTheScene) {
