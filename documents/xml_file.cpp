@@ -56,10 +56,10 @@ class ParserBlock {
 };
 
 bool readWholeFile(const char16_t* path, ParserBlock* block) {
-    const platform::FileHandle file = platform::openForReading(path);
-    if (file == platform::kNoFile) return false;
     uint64_t size = 0;
-    bool ok = platform::fileSize(file, &size) && size <= SIZE_MAX;
+    const platform::FileHandle file = platform::openForReading(path, &size);
+    if (file == platform::kNoFile) return false;
+    bool ok = size <= SIZE_MAX;
     if (ok) {
         *block = ParserBlock(size_t(size));
         ok = block->data() && block->size() == size;

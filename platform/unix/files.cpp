@@ -8,7 +8,7 @@
 
 namespace platform {
 
-FileHandle openForReading(const char16_t* path) {
+FileHandle openForReading(const char16_t* path, uint64_t* size) {
     int fd = open(utf16ToUtf8(path).c_str(), O_RDONLY | O_CLOEXEC);
     if (fd < 0) return kNoFile;
     struct stat info;
@@ -16,7 +16,13 @@ FileHandle openForReading(const char16_t* path) {
         close(fd);
         return kNoFile;
     }
+    *size = static_cast<uint64_t>(info.st_size);
     return fd;
+}
+
+FileHandle openForReading(const char16_t* path) {
+    uint64_t size = 0;
+    return openForReading(path, &size);
 }
 
 namespace {

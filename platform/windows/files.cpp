@@ -64,6 +64,15 @@ FileHandle openForReading(const char16_t* path) {
     return reinterpret_cast<FileHandle>(file);
 }
 
+FileHandle openForReading(const char16_t* path, uint64_t* size) {
+    const FileHandle file = openForReading(path);
+    if (file != kNoFile && !fileSize(file, size)) {
+        closeFile(file);
+        return kNoFile;
+    }
+    return file;
+}
+
 bool readFile(FileHandle file, void* buffer, size_t length, size_t* bytesRead) {
     OpenFile* open = openFileOf(file);
     const bool ok = readFully(open->handle, open->position, buffer, length, bytesRead);

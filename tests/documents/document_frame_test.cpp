@@ -46,6 +46,7 @@ TEST(OpenDocument, LoadsFindsTheRootExactlyOrFails) {
     pugi::xml_document doc;
     pugi::xml_node root;
     EXPECT_FALSE(XmlOpenDocument(doc, folder.pathOf("absent.xml").c_str(), "TaviMaterial", &root));
+    EXPECT_FALSE(XmlOpenDocument(doc, folder.pathOf(".").c_str(), "TaviMaterial", &root)) << "a folder";
     EXPECT_FALSE(XmlOpenDocument(doc, nullptr, "TaviMaterial", &root));
     const std::u16string wide = folder.write("Stahl-\xC3\xBC-\xE6\x9D\x90.xml", "<TaviTexMap type='SUN'/>");
     EXPECT_EQ(DetectTexMapType(wide.c_str()), 27) << "paths beyond ASCII";
