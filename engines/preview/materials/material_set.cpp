@@ -80,7 +80,10 @@ struct MaterialSet::Impl {
     void index();
 
     // Builds in place: a Bsdf is large, and a copy at every level would cost more than the rest.
-    void build(int32_t id, ShadingContext at, const TexMapLookup& maps, float u, int depth, Bsdf* out) const;
+    void build(int32_t id, const ShadingContext& at, const TexMapLookup& maps, float u, int depth, Bsdf* out) const;
+    // The same for a found material, at a hit whose shading normal it has already turned.
+    void buildFound(const CompiledMaterial* m, const ShadingContext& at, const TexMapLookup& maps, float u, int depth,
+                    Bsdf* out) const;
     Color emission(int32_t id, const ShadingContext& at, const TexMapLookup& maps, int depth) const;
     float passThrough(int32_t id, const ShadingContext& at, const TexMapLookup& maps, int depth) const;
     // Whether `test` holds for the material or any material it refers to.
@@ -90,14 +93,24 @@ struct MaterialSet::Impl {
 
 // ---- Scattering --------------------------------------------------------------------------------
 
-void MaterialSet::Impl::build(int32_t id, ShadingContext at, const TexMapLookup& maps, float u, int depth,
+void MaterialSet::Impl::build(int32_t id, const ShadingContext& at, const TexMapLookup& maps, float u, int depth,
                               Bsdf* out) const {
     const CompiledMaterial* m = find(id);
     if (!m || depth > kMaxNesting) {
         setNeutral(at, out);
         return;
     }
-    if (m->bumpMap >= 0 || m->normalMap >= 0) at.shadingNormal = modifiedNormal(*m, at, maps);
+    if (m->bumpMap < 0 && m->normalMap < 0) {
+        buildFound(m, at, maps, u, depth, out);
+    } else {
+        ShadingContext turned = at;
+        turned.shadingNormal = modifiedNormal(*m, at, maps);
+        buildFound(m, turned, maps, u, depth, out);
+    }
+}
+
+void MaterialSet::Impl::buildFound(const CompiledMaterial* m, const ShadingContext& at, const TexMapLookup& maps,
+                                   float u, int depth, Bsdf* out) const {
     const auto child = [&](size_t i) { return i < m->children.size() ? m->children[i].material : -1; };
 
     out->reset(at.shadingNormal, at.geometricNormal);
