@@ -111,7 +111,7 @@ class ChildCursor {
         }
         while (next_ && *next_.name() == '\0')
             next_ = next_.next_sibling();
-        if (next_ && std::strcmp(next_.name(), name) == 0) {
+        if (next_ && XmlNameEquals(next_.name(), name)) {
             const uint8_t bit = hashOf(name);
             uint64_t& word = taken_[bit / 64];
             const uint64_t mask = uint64_t(1) << (bit % 64);

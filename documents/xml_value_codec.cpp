@@ -472,7 +472,7 @@ void readSegments(pugi::xml_node element, Segment* segments, size_t count,
              attribute = attribute.next_attribute()) {
             if (attribute == idAttribute) continue;
             for (size_t k = 0; k < N; ++k) {
-                if (taken[k] || std::strcmp(attribute.name(), attributes[k].name) != 0) continue;
+                if (taken[k] || !XmlNameEquals(attribute.name(), attributes[k].name)) continue;
                 taken[k] = true;
                 values[attributes[k].index] = narrowToFloat(XmlParseDouble(attribute.value()));
                 break;

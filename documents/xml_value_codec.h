@@ -58,6 +58,14 @@ bool XmlOpenDocument(pugi::xml_document& doc, const char16_t* path, const char* 
 
 // ---- Names -------------------------------------------------------------------------------------
 
+// Exact name compare, in line: names are a few characters long, fewer than a call out costs.
+inline bool XmlNameEquals(const char* a, const char* b) {
+    while (*a && *a == *b) {
+        ++a;
+        ++b;
+    }
+    return *a == *b;
+}
 // Element name compare for the list elements: ASCII letters fold, everything else is exact.
 bool XmlNameEqualsNoCase(const char* a, const char* b);
 // First child element of `parent` named `name` without regard to ASCII case; null if none.

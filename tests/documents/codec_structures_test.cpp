@@ -130,7 +130,8 @@ TEST(SplineCodec, SkipsUnusedSegmentsButNeverTheFirst) {
 TEST(SplineCodec, ReadMarksAllUnusedThenTakesSegmentsById) {
     pugi::xml_document doc;
     parse(doc, "<R><S>"
-               "<SEGMENT id='2' ts='0.5' te='0.75' v1='9'/>" // any case of Segment
+               // any case of Segment; attributes of other names pass by
+               "<SEGMENT id='2' ts='0.5' te='0.75' v1='9' v2x='6' t='6'/>"
                "<Segment ID='1' ts='0' te='1'/>"             // but id is exact: skipped
                "<Segment ts='0' te='1'/>"                    // no id: skipped
                "<Segment id='' ts='0' te='1'/>"              // empty id: skipped

@@ -203,6 +203,9 @@ TEST(FieldTable, KeysReadTheFirstElementOfTheirNameInAnyOrder) {
         {"<B value='2'/><A value='1'/><A value='9'/><C value='3'/><T/><T><X value='8'/></T>",
          {1, 2, 3, -1, -1, 1, -1}},
         {"<C value='3'/><C value='4'/><B value='2'/><B value='5'/>", {-1, 2, 3, -1, -1, -1, -1}},
+        // Names that begin with a key's name, or end before it, are other names.
+        {"<AB value='5'/><A value='1'/><Bx value='6'/><B value='2'/><C value='3'/><S><XY value='8'/></S>",
+         {1, 2, 3, -1, -1, 1, -1}},
     };
     for (const Case& c : cases) {
         pugi::xml_document doc;
