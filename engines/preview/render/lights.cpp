@@ -217,6 +217,11 @@ void LightSet::prepare(const SceneGeometry& geometry, const MaterialSet& materia
     if (!emitters_.empty()) choice_ = Distribution1D(power);
 }
 
+bool LightSet::onlyDeltaLights() const {
+    return std::all_of(emitters_.begin(), emitters_.end(),
+                       [](const Emitter& emitter) { return emitter.shape == Emitter::Shape::Delta; });
+}
+
 bool LightSet::sample(const Vec3& point, float uChoice, float u0, float u1, LightSample* out) const {
     if (choice_.empty()) return false;
     float probability;

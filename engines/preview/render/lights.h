@@ -42,6 +42,8 @@ class LightSet {
     // What a ray that leaves the scene along `direction` sees, and the density of sampling it.
     Color environment(const Vec3& direction, float* pdf) const;
     bool hasEnvironment() const { return !infinite_.empty(); }
+    // Whether every light is a point, spot or directional one: a ray then never meets light.
+    bool onlyDeltaLights() const;
 
   private:
     struct Emitter {

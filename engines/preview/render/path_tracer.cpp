@@ -172,6 +172,9 @@ PathSample tracePath(const SceneView& scene, Ray ray, Sampler& sampler) {
                 }
             }
         }
+        // From the last surface a path scatters from, the next ray could only add the light it
+        // meets: where all light comes from points and directions, it meets none.
+        if (bounce + 1 >= scene.maxDepth && !scene.emissionMet) break;
 
         BsdfSample next;
         const float s0 = sampler.next(), s1 = sampler.next(), s2 = sampler.next();

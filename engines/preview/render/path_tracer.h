@@ -16,10 +16,11 @@ struct SceneView {
     const MaterialSet& materials;
     const TexMapSet& maps;
     const LightSet& lights;
-    int32_t maxDepth = 10;          // surface interactions after the first
-    int32_t rouletteStartDepth = 3; // bounces before Russian roulette may end a path
-    bool anyPassable = false;       // whether shadow rays must look at what they meet
-    float clampIndirect = 0;        // the largest channel an indirect contribution may have; 0: none
+    int32_t maxDepth = 10;           // surface interactions after the first
+    int32_t rouletteStartDepth = 3;  // bounces before Russian roulette may end a path
+    bool anyPassable = false;        // whether shadow rays must look at what they meet
+    bool emissionMet = true;         // whether a ray can meet light (an emitter, a sky), not only sample it
+    float clampIndirect = 0;         // the largest channel an indirect contribution may have; 0: none
 };
 
 struct PathSample {

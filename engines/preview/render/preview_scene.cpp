@@ -105,12 +105,19 @@ int32_t PreviewScene::render(ITaviRenderCallback* callback) {
     bool anyPassable = false;
     for (const TriangleMeshData& mesh : geometry_.meshes())
         for (int32_t material : mesh.materials) anyPassable = anyPassable || materials_.mayPassRays(material);
+    // Emitting triangles and light shapes are lights of the set; emitting fur and sprites are not.
+    bool emissionMet = !lights_.onlyDeltaLights();
+    for (const CurveSetData& curves : geometry_.curves())
+        for (int32_t material : curves.materials) emissionMet = emissionMet || materials_.isEmissive(material);
+    for (const DiscSetData& discs : geometry_.discs())
+        for (int32_t material : discs.materials) emissionMet = emissionMet || materials_.isEmissive(material);
     // A depth of 0 is a record that never set one: the record's own defaults stand in.
     const int32_t maxDepth = settings.MaxDepth > 0 ? std::min(settings.MaxDepth, 1024) : 10;
     const int32_t rouletteStart =
         settings.RussianRouletteStartDepth > 0 ? std::min(settings.RussianRouletteStartDepth, 1024) : 3;
     const float clamp = std::isfinite(settings.ClampIndirect) ? std::max(settings.ClampIndirect, 0.0f) : 0.0f;
-    const SceneView view{accelerator, geometry_, materials_, maps_, lights_, maxDepth, rouletteStart, anyPassable, clamp};
+    const SceneView view{accelerator,   geometry_,   materials_,  maps_, lights_, maxDepth,
+                         rouletteStart, anyPassable, emissionMet, clamp};
 
     Film film(settings.ImageSizeX, settings.ImageSizeY, regionOf(settings));
     const OutputPlan plan = planOutput(settings, animated_ || geometry_.animated());

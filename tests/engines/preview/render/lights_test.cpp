@@ -48,6 +48,7 @@ TEST(LightSet, SamplingGivesTheIrradianceOfEachKind) {
         LightParams light;
         Vec3 point, normal;
         float expected;
+        bool onlyDelta; // no ray can meet it
     };
     LightParams disc = light(LightKind::Disc, 2);
     disc.position = {0, 2, 0};
@@ -71,18 +72,19 @@ TEST(LightSet, SamplingGivesTheIrradianceOfEachKind) {
         return 4 * radiance * 0.5f * corner;
     };
     const Case cases[] = {
-        {"disc above", disc, {0, 0, 0}, {0, 1, 0}, kPi * 2 * 1.5f * 1.5f / (4 + 1.5f * 1.5f)},
-        {"rectangle above", rectangle, {0, 0, 0}, {0, 1, 0}, rectangleIrradiance(3, 1, 1, 1)},
-        {"point light, inverse square", point, {0, 0, 0}, {0, 1, 0}, 8.0f / 4},
-        {"directional at 45 degrees", tilted, {0, 0, 0}, {0, 1, 0}, 5 * std::cos(kPi / 4)},
-        {"sun straight above", sun, {0, 0, 0}, {0, 1, 0}, 4},
-        {"disc seen from behind gives nothing", disc, {0, 3, 0}, {0, -1, 0}, 0},
+        {"disc above", disc, {0, 0, 0}, {0, 1, 0}, kPi * 2 * 1.5f * 1.5f / (4 + 1.5f * 1.5f), false},
+        {"rectangle above", rectangle, {0, 0, 0}, {0, 1, 0}, rectangleIrradiance(3, 1, 1, 1), false},
+        {"point light, inverse square", point, {0, 0, 0}, {0, 1, 0}, 8.0f / 4, true},
+        {"directional at 45 degrees", tilted, {0, 0, 0}, {0, 1, 0}, 5 * std::cos(kPi / 4), true},
+        {"sun straight above", sun, {0, 0, 0}, {0, 1, 0}, 4, false},
+        {"disc seen from behind gives nothing", disc, {0, 3, 0}, {0, -1, 0}, 0, false},
     };
     for (const Case& c : cases) {
         Fixture scene;
         scene.lights.add(c.light);
         scene.prepare();
         EXPECT_NEAR(irradiance(scene.lights, c.point, c.normal), c.expected, 0.01f * c.expected + 1e-4f) << c.what;
+        EXPECT_EQ(scene.lights.onlyDeltaLights(), c.onlyDelta) << c.what;
     }
 }
 
