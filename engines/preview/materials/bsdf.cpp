@@ -226,11 +226,15 @@ BsdfView::BsdfView(const Bsdf& bsdf, const Vec3& wo) : bsdf_(bsdf), wo_(wo) {
     flipped_ = woShading.z < 0;
     woLobe_ = toLobe(woShading);
     woGeometric_ = dot(wo, bsdf.geometricNormal_);
+    float total = 0;
     for (int i = 0; i < bsdf.count_; ++i) {
         const Lobe& lobe = bsdf.lobes_[i].lobe;
-        weights_[i] = std::max(0.0f, selectionWeight(lobe, woLobe_, eta(lobe)));
-        total_ += weights_[i];
+        probabilities_[i] = std::max(0.0f, selectionWeight(lobe, woLobe_, eta(lobe)));
+        total += probabilities_[i];
     }
+    scatters_ = total > 0;
+    const float inverse = scatters_ ? 1 / total : 0.0f;
+    for (int i = 0; i < bsdf.count_; ++i) probabilities_[i] *= inverse;
 }
 
 Color BsdfView::evaluateLobes(const Vec3& wiLobe, float* pdf) const {
@@ -241,7 +245,7 @@ Color BsdfView::evaluateLobes(const Vec3& wiLobe, float* pdf) const {
         if (isDeltaKind(lobe.kind)) continue;
         const LobeValue part = evaluateLobe(lobe, woLobe_, wiLobe, eta(lobe));
         value += part.value;
-        if (total_ > 0) *pdf += weights_[i] / total_ * part.pdf;
+        *pdf += probabilities_[i] * part.pdf;
     }
     return value;
 }
@@ -258,19 +262,19 @@ Color BsdfView::evaluate(const Vec3& wi, float* pdf) const {
 }
 
 bool BsdfView::sample(float u0, float u1, float u2, BsdfSample* out) const {
-    if (grazing_ || !(total_ > 0)) return false;
+    if (grazing_ || !scatters_) return false;
     const int count = bsdf_.count_;
     int chosen = -1;
     float below = 0;
     for (int i = 0; i < count && chosen < 0; ++i) {
-        if (weights_[i] <= 0) continue;
-        if (u0 * total_ < below + weights_[i] || i == count - 1) chosen = i;
-        else below += weights_[i];
+        if (probabilities_[i] <= 0) continue;
+        if (u0 < below + probabilities_[i] || i == count - 1) chosen = i;
+        else below += probabilities_[i];
     }
     if (chosen < 0) return false;
-    const float probability = weights_[chosen] / total_;
+    const float probability = probabilities_[chosen];
     // The part of u0 that fell inside the chosen lobe's share, reused within the lobe.
-    const float uc = std::clamp((u0 * total_ - below) / weights_[chosen], 0.0f, 0.99999994f);
+    const float uc = std::clamp((u0 - below) / probability, 0.0f, 0.99999994f);
 
     const Lobe& lobe = bsdf_.lobes_[chosen].lobe;
     LobeDirection direction;

@@ -111,8 +111,8 @@ class BsdfView {
     bool flipped_ = false; // wo came from behind the shading normal: the ray leaves a dielectric
     bool grazing_ = false; // wo lies in the shading plane: nothing scatters
     float woGeometric_ = 0;
-    float weights_[Bsdf::kMaxLobes];
-    float total_ = 0;
+    float probabilities_[Bsdf::kMaxLobes]; // of sampling each lobe
+    bool scatters_ = false;                // some lobe has a share
 };
 
 } // namespace preview
