@@ -220,7 +220,7 @@ void Bsdf::scaleAll(const Color& factor) {
     }
 }
 
-BsdfView::BsdfView(const Bsdf& bsdf, const Vec3& wo) : bsdf_(bsdf), wo_(wo) {
+BsdfView::BsdfView(const Bsdf& bsdf, const Vec3& wo) : bsdf_(bsdf) {
     const Vec3 woShading = bsdf.frame_.toLocal(wo);
     grazing_ = std::abs(woShading.z) < kMinCos;
     flipped_ = woShading.z < 0;

@@ -106,7 +106,6 @@ class BsdfView {
     float eta(const Lobe& lobe) const { return flipped_ ? 1 / lobe.eta : lobe.eta; }
 
     const Bsdf& bsdf_;
-    Vec3 wo_;
     Vec3 woLobe_;
     bool flipped_ = false; // wo came from behind the shading normal: the ray leaves a dielectric
     bool grazing_ = false; // wo lies in the shading plane: nothing scatters
