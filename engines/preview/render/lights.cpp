@@ -42,7 +42,7 @@ float sunSolidAngle(const LightParams& light) { return 2 * kPi * (1 - light.cosS
 bool readImage(const std::string& path, size_t* width, size_t* height, std::vector<Color>* texels) {
     auto input = OIIO::ImageInput::open(path);
     if (!input) return false;
-    const OIIO::ImageSpec& header = input->spec();
+    const OIIO::ImageSpec header = input->spec_dimensions(0);
     if (header.width <= 0 || header.height <= 0 || header.nchannels <= 0) return false;
     *width = static_cast<size_t>(header.width);
     *height = static_cast<size_t>(header.height);

@@ -36,9 +36,11 @@ struct Picture {
 Picture readPicture(const std::string& path) {
     Picture picture;
     auto input = OIIO::ImageInput::open(path);
-    if (!input || input->spec().nchannels < 3) return picture;
-    picture.width = input->spec().width;
-    picture.height = input->spec().height;
+    if (!input) return picture;
+    const OIIO::ImageSpec size = input->spec_dimensions(0);
+    if (size.nchannels < 3) return picture;
+    picture.width = size.width;
+    picture.height = size.height;
     picture.rgb.resize(size_t(picture.width) * picture.height * 3);
     if (!input->read_image(0, 0, 0, 3, OIIO::TypeDesc::FLOAT, picture.rgb.data())) picture.rgb.clear();
     return picture;

@@ -141,10 +141,10 @@ TEST_F(WriteImages, EveryFormatWithItsNameSizeAndChannels) {
         EXPECT_TRUE(written[i].ok) << written[i].path << ": " << written[i].error;
         EXPECT_EQ(written[i].path, expected[i].path.u8string());
         OIIO::ImageBuf image = readBack(written[i].path);
-        EXPECT_EQ(image.spec().width, kWidth) << written[i].path;
-        EXPECT_EQ(image.spec().height, kHeight) << written[i].path;
+        EXPECT_EQ(image.nativespec().width, kWidth) << written[i].path;
+        EXPECT_EQ(image.nativespec().height, kHeight) << written[i].path;
         EXPECT_EQ(image.nchannels(), expected[i].channels) << written[i].path;
-        EXPECT_FALSE(image.spec().find_attribute("DateTime")) << written[i].path << " carries a time stamp";
+        EXPECT_FALSE(image.nativespec().find_attribute("DateTime")) << written[i].path << " carries a time stamp";
     }
     // Only the three files: every temporary was renamed away.
     EXPECT_EQ(std::distance(fs::directory_iterator(base), fs::directory_iterator()), 3);
@@ -160,7 +160,7 @@ TEST_F(WriteImages, ExrHoldsTheLinearLayersByName) {
                                             "albedo.B", "N.X", "N.Y", "N.Z",      "Z"};
     std::vector<int> channel;
     for (const std::string& name : names) {
-        channel.push_back(image.spec().channelindex(name));
+        channel.push_back(image.nativespec().channelindex(name));
         ASSERT_GE(channel.back(), 0) << "no channel " << name;
     }
     EXPECT_EQ(image.nativespec().format, OIIO::TypeDesc::HALF);

@@ -2,6 +2,7 @@
 
 #include "scene/records.h"
 
+#include <OpenImageIO/imagebuf.h>
 #include <OpenImageIO/imageio.h>
 
 #include <cstddef>
@@ -28,11 +29,11 @@ Rgb Image::mean(int x0, int y0, int x1, int y1) const {
 
 Image readExr(const std::string& path) {
     Image image;
-    auto input = OIIO::ImageInput::open(path);
-    if (!input) return image;
-    const OIIO::ImageSpec& header = input->spec();
+    OIIO::ImageBuf file(path);
+    if (!file.read(0, 0, true, OIIO::TypeDesc::FLOAT)) return image;
+    const OIIO::ImageSpec& header = file.nativespec();
     std::vector<float> all(size_t(header.width) * header.height * header.nchannels);
-    if (!input->read_image(0, 0, 0, header.nchannels, OIIO::TypeDesc::FLOAT, all.data())) return image;
+    if (!file.get_pixels(OIIO::ROI::All(), OIIO::TypeDesc::FLOAT, all.data())) return image;
     const int r = header.channelindex("R"), g = header.channelindex("G"), b = header.channelindex("B");
     if (r < 0 || g < 0 || b < 0) return image;
     image.width = header.width;

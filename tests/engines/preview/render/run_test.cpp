@@ -114,8 +114,8 @@ TEST(PreviewRun, WritesTheFormatsAskedForUnderTheirNames) {
         for (const std::string& name : c.files) {
             auto input = OIIO::ImageInput::open(sandbox.path("out/" + name));
             ASSERT_TRUE(input) << c.what << ": " << name;
-            EXPECT_EQ(input->spec().width, 24) << name;
-            EXPECT_EQ(input->spec().height, 16) << name;
+            EXPECT_EQ(input->spec_dimensions(0).width, 24) << name;
+            EXPECT_EQ(input->spec_dimensions(0).height, 16) << name;
             EXPECT_NE(run.output.find(name), std::string::npos) << "the run names " << name;
         }
     }
