@@ -161,13 +161,13 @@ PathSample tracePath(const SceneView& scene, Ray ray, Sampler& sampler) {
             LightSample light;
             if (scene.lights.sample(at.position, uChoice, u0, u1, &light)) {
                 float bsdfPdf = 0;
-                const Color value = scattering.evaluate(light.wi, &bsdfPdf);
-                if (!isBlack(value)) {
+                const Color through = carried * scattering.evaluate(light.wi, &bsdfPdf);
+                if (!isBlack(through)) {
                     const float visible = transmittance(scene, at, light.wi, light.distance, &result.rays);
                     if (visible > 0) {
                         const float weight = light.delta ? 1.0f : powerHeuristic(light.pdf, bsdfPdf);
                         result.radiance +=
-                            capped(scene, bounce, carried * value * light.radiance * (visible * weight / light.pdf));
+                            capped(scene, bounce, through * light.radiance * (visible * weight / light.pdf));
                     }
                 }
             }
@@ -178,8 +178,11 @@ PathSample tracePath(const SceneView& scene, Ray ray, Sampler& sampler) {
 
         BsdfSample next;
         const float s0 = sampler.next(), s1 = sampler.next(), s2 = sampler.next();
-        if (!scattering.sample(s0, s1, s2, &next) || isBlack(next.weight) || !isFinite(next.weight)) break;
+        if (!scattering.sample(s0, s1, s2, &next) || !isFinite(next.weight)) break;
         carried *= next.weight;
+        // A path can carry nothing on without having met a black surface: red light off a
+        // green wall. Whatever it met next would add nothing.
+        if (isBlack(carried)) break;
         previousPdf = next.pdf;
         previousDelta = next.delta;
         previousPoint = at.position;

@@ -26,14 +26,16 @@ void progress(ITaviRenderCallback* callback, int32_t stage, float fraction, int3
     callback->onProgress(&info);
 }
 
-// What the run cost, in the figures a benchmark compares: the build, samples and rays a second.
+// What the run cost, in the figures a benchmark compares: the build, samples and rays a second,
+// and the rays a path took on average.
 std::string statisticsLine(double buildSeconds, const RenderStatistics& statistics) {
     char line[256];
     const double seconds = std::max(statistics.seconds, 1e-9);
     std::snprintf(line, sizeof line,
-                  "Preview engine: scene built in %.3f s; %d passes in %.3f s, %.0f samples/s, %.2f Mrays/s",
+                  "Preview engine: scene built in %.3f s; %d passes in %.3f s, %.0f samples/s, %.2f Mrays/s, "
+                  "%.3f rays a sample",
                   buildSeconds, statistics.passes, statistics.seconds, statistics.samples / seconds,
-                  statistics.rays / seconds * 1e-6);
+                  statistics.rays / seconds * 1e-6, statistics.rays / std::max(double(statistics.samples), 1.0));
     return line;
 }
 

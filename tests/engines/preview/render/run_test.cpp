@@ -1,10 +1,12 @@
 // What a render run leaves: the same bytes whatever the threads, only the region's pixels, the
-// files the settings ask for, and a progress bar fed by real passes.
+// files the settings ask for, a progress bar fed by real passes, and no ray spent on a path that
+// can add no light.
 #include "tests/engines/preview/render/render_scene.h"
 
 #include <OpenImageIO/imageio.h>
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <filesystem>
 
 namespace preview_test {
@@ -133,6 +135,35 @@ TEST(PreviewRun, TheProgressBarFillsFromRealPasses) {
     const std::string after = run.output.substr(rendering);
     EXPECT_NE(after.find(std::string(100, '*')), std::string::npos) << run.output;
     EXPECT_NE(run.output.find("Rendering finished without errors."), std::string::npos) << run.output;
+}
+
+// Red light off a green wall is no light. Inside a green box, the camera sees only a red wall
+// lit by a point light: a path queries its camera ray, the shadow ray from the red wall and the
+// ray on to a green wall, and ends there, where it carries nothing. Roulette is off, so a path
+// that went on would take up to twenty.
+TEST(PreviewRun, APathThatCarriesNoLightEnds) {
+    RenderScene scene(8, 8, 2);
+    scene.camera(perspectiveCamera(30), lookAt({0, 0, -0.5f}, {0, 0, 1}));
+    LightPlan bulb;
+    bulb.type = 1;
+    bulb.intensity = 1;
+    scene.light(bulb);
+    MaterialBuilder green("DIFFUSE", 0, "green"), red("DIFFUSE", 1, "red");
+    // The box is seen from inside, its back.
+    green.color("FrontColor", {0, 1, 0}).color("BackColor", {0, 1, 0});
+    red.color("FrontColor", {1, 0, 0});
+    scene.material(green);
+    scene.material(red);
+    scene.mesh(boxMesh("box", {-1, -1, -1}, {1, 1, 1}, 0));
+    scene.mesh(quadMesh("wall", {-1, 1, 0.9f}, {2, 0, 0}, {0, -2, 0}, 1));
+    ClientSandbox sandbox(previewEnginePath());
+    const ClientRun run = scene.render(sandbox, nullptr);
+    ASSERT_EQ(run.exitStatus, 0) << run.output;
+    const size_t at = run.output.find("Mrays/s, ");
+    ASSERT_NE(at, std::string::npos) << run.output;
+    double raysPerSample = 0;
+    ASSERT_EQ(std::sscanf(run.output.c_str() + at, "Mrays/s, %lf rays a sample", &raysPerSample), 1) << run.output;
+    EXPECT_DOUBLE_EQ(raysPerSample, 3.0) << run.output;
 }
 
 } // namespace
