@@ -23,7 +23,6 @@ struct ShadingContext {
     Vec3 wo;              // unit, towards where the ray came from
     bool frontFacing = true; // the ray hit the side geometricNormal points to
     float footprint = 0;  // the ray's width at the hit, in world units, for texture filtering
-    int32_t objectId = 0; // the model's index, for maps that vary per object
 };
 
 // Texture maps as materials see them. Ids are the records' ids; -1 or an unknown id gives the

@@ -19,38 +19,31 @@ struct Surface {
 };
 
 Surface surfaceAt(const SceneView& scene, const Hit& hit, const Ray& ray) {
-    Surface surface;
     const Vec3 wo = -ray.direction;
-    switch (hit.kind) {
-    case PrimitiveKind::Triangle: {
+    // Triangles, nearly every hit, build the context in its place: a Surface made empty first
+    // and then filled costs a string store over the whole of it.
+    if (hit.kind == PrimitiveKind::Triangle) {
         const TriangleMeshData& mesh = scene.geometry.meshes()[hit.set];
-        surface.at = triangleContext(mesh, hit.prim, hit.u, hit.v, wo);
-        surface.material = mesh.materials[hit.prim];
-        surface.lightShape = scene.lights.isLightMesh(hit.set);
-        break;
+        return {triangleContext(mesh, hit.prim, hit.u, hit.v, wo),
+                mesh.materials[hit.prim], scene.lights.isLightMesh(hit.set)};
     }
-    case PrimitiveKind::Curve:
-    case PrimitiveKind::Disc: {
-        ShadingContext& at = surface.at;
-        at.position = ray.origin + ray.direction * hit.distance;
-        at.geometricNormal = normalize(hit.geometricNormal);
-        at.shadingNormal = at.geometricNormal;
-        for (auto& channel : at.uv) {
-            channel[0] = hit.u;
-            channel[1] = hit.v;
-        }
-        at.wo = wo;
-        at.frontFacing = dot(at.geometricNormal, wo) > 0;
-        if (hit.kind == PrimitiveKind::Curve) {
-            surface.material = scene.geometry.curves()[hit.set].materials[hit.prim];
-        } else {
-            surface.material = scene.geometry.discs()[hit.set].materials[hit.prim];
-            surface.lightShape = scene.lights.isLightDiscs(hit.set);
-        }
-        break;
+    Surface surface;
+    ShadingContext& at = surface.at;
+    at.position = ray.origin + ray.direction * hit.distance;
+    at.geometricNormal = normalize(hit.geometricNormal);
+    at.shadingNormal = at.geometricNormal;
+    for (auto& channel : at.uv) {
+        channel[0] = hit.u;
+        channel[1] = hit.v;
     }
+    at.wo = wo;
+    at.frontFacing = dot(at.geometricNormal, wo) > 0;
+    if (hit.kind == PrimitiveKind::Curve) {
+        surface.material = scene.geometry.curves()[hit.set].materials[hit.prim];
+    } else {
+        surface.material = scene.geometry.discs()[hit.set].materials[hit.prim];
+        surface.lightShape = scene.lights.isLightDiscs(hit.set);
     }
-    surface.at.objectId = static_cast<int32_t>(hit.set);
     return surface;
 }
 
