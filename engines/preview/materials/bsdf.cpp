@@ -1,6 +1,7 @@
 #include "engines/preview/materials/bsdf.h"
 
 #include "engines/preview/materials/microfacet.h"
+#include "engines/preview/turns.h"
 
 namespace preview {
 
@@ -113,8 +114,8 @@ struct LobeDirection {
 
 Vec3 cosineHemisphere(float u1, float u2) {
     const float r = std::sqrt(u1);
-    const float phi = 2 * kPi * u2;
-    return {r * std::cos(phi), r * std::sin(phi), std::sqrt(std::max(0.0f, 1 - u1))};
+    const SinCos phi = sinCosOfTurns(u2);
+    return {r * phi.cos, r * phi.sin, std::sqrt(std::max(0.0f, 1 - u1))};
 }
 
 bool sampleLobe(const Lobe& lobe, const Vec3& wo, float eta, float uc, float u1, float u2, LobeDirection* out) {

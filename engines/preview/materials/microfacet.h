@@ -1,6 +1,7 @@
 // Fresnel terms and the GGX distribution in a local frame whose +z is the normal. Shared by the
 // lobes and by the materials, which weigh a base layer by what a coating lets through.
 #pragma once
+#include "engines/preview/turns.h"
 #include "engines/preview/vec3.h"
 
 namespace preview {
@@ -64,10 +65,10 @@ struct Ggx {
         const Vec3 t1 = lengthSq > 0 ? Vec3(-v.y, v.x, 0) / std::sqrt(lengthSq) : Vec3(1, 0, 0);
         const Vec3 t2 = cross(v, t1);
         const float r = std::sqrt(u1);
-        const float phi = 2 * kPi * u2;
-        const float p1 = r * std::cos(phi);
+        const SinCos phi = sinCosOfTurns(u2);
+        const float p1 = r * phi.cos;
         const float s = 0.5f * (1 + v.z);
-        const float p2 = (1 - s) * std::sqrt(std::max(0.0f, 1 - p1 * p1)) + s * r * std::sin(phi);
+        const float p2 = (1 - s) * std::sqrt(std::max(0.0f, 1 - p1 * p1)) + s * r * phi.sin;
         const Vec3 n = t1 * p1 + t2 * p2 + v * std::sqrt(std::max(0.0f, 1 - p1 * p1 - p2 * p2));
         return normalize(Vec3(ax * n.x, ay * n.y, std::max(1e-6f, n.z)));
     }

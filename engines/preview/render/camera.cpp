@@ -3,6 +3,7 @@
 #include "documents/camera_document.h"
 #include "engines/preview/record_view.h"
 #include "engines/preview/render/tracks.h"
+#include "engines/preview/turns.h"
 #include "scene/temp_objects.h"
 
 #include <cmath>
@@ -159,8 +160,9 @@ bool Camera::generate(float x, float y, float lensU, float lensV, Ray* ray) cons
             // A thin lens: every ray through the same pixel meets at the plane of focus.
             const float cosine = dot(direction, forward_);
             const Vec3 focus = eye_ + direction * (focusDistance_ / cosine);
-            const float r = lensRadius_ * std::sqrt(lensU), angle = 2 * kPi * lensV;
-            origin = eye_ + right_ * (r * std::cos(angle)) + up_ * (r * std::sin(angle));
+            const float r = lensRadius_ * std::sqrt(lensU);
+            const SinCos angle = sinCosOfTurns(lensV);
+            origin = eye_ + right_ * (r * angle.cos) + up_ * (r * angle.sin);
             direction = normalize(focus - origin);
         }
         ray->origin = origin;

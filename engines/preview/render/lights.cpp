@@ -1,6 +1,7 @@
 #include "engines/preview/render/lights.h"
 
 #include "engines/preview/render/surface.h"
+#include "engines/preview/turns.h"
 
 #include <OpenImageIO/imageio.h>
 
@@ -27,8 +28,8 @@ void latLong(const Vec3& d, float* u, float* v) {
 Vec3 coneDirection(const Vec3& axis, float cosMax, float u0, float u1) {
     const float cosTheta = 1 - u0 * (1 - cosMax);
     const float sinTheta = std::sqrt(std::max(0.0f, 1 - cosTheta * cosTheta));
-    const float phi = 2 * kPi * u1;
-    return Frame::around(axis).toWorld({sinTheta * std::cos(phi), sinTheta * std::sin(phi), cosTheta});
+    const SinCos phi = sinCosOfTurns(u1);
+    return Frame::around(axis).toWorld({sinTheta * phi.cos, sinTheta * phi.sin, cosTheta});
 }
 
 float smoothStep(float edge0, float edge1, float x) {
@@ -266,9 +267,10 @@ bool LightSet::sampleEmitter(size_t index, const Vec3& point, float u0, float u1
         return true;
     }
     case Emitter::Shape::Disc: {
-        const float radius = light->width * std::sqrt(u0), angle = 2 * kPi * u1;
+        const float radius = light->width * std::sqrt(u0);
+        const SinCos angle = sinCosOfTurns(u1);
         const Frame frame = Frame::around(light->direction);
-        const Vec3 target = light->position + frame.toWorld({radius * std::cos(angle), radius * std::sin(angle), 0});
+        const Vec3 target = light->position + frame.toWorld({radius * angle.cos, radius * angle.sin, 0});
         if (!towards(target, light->direction, emitter.area)) return false;
         out->radiance = shapeRadiance(*light, light->direction, -out->wi);
         return true;
@@ -306,8 +308,9 @@ bool LightSet::sampleEmitter(size_t index, const Vec3& point, float u0, float u1
                 table->distribution.sample(u0, u1, &u, &v, &density);
                 out->wi = directionAt(u, v);
             } else {
-                const float z = 1 - 2 * u0, r = std::sqrt(std::max(0.0f, 1 - z * z)), phi = 2 * kPi * u1;
-                out->wi = {r * std::cos(phi), z, r * std::sin(phi)};
+                const float z = 1 - 2 * u0, r = std::sqrt(std::max(0.0f, 1 - z * z));
+                const SinCos phi = sinCosOfTurns(u1);
+                out->wi = {r * phi.cos, z, r * phi.sin};
             }
         }
         out->pdf = environmentPdf(index, out->wi);
