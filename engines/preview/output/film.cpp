@@ -30,15 +30,16 @@ PixelRect clipRegion(int32_t imageWidth, int32_t imageHeight, PixelRect requeste
     return requested;
 }
 
-Film::Film(int32_t imageWidth, int32_t imageHeight, PixelRect region)
+Film::Film(int32_t imageWidth, int32_t imageHeight, PixelRect region, bool layers)
     : imageWidth_(std::max(imageWidth, 0)), imageHeight_(std::max(imageHeight, 0)),
-      region_(clipRegion(imageWidth, imageHeight, region)) {
+      region_(clipRegion(imageWidth, imageHeight, region)), layers_(layers) {
     size_t pixels = size_t(region_.width) * size_t(region_.height);
     radiance_.resize(pixels);
+    samples_.resize(pixels);
+    if (!layers_) return;
     albedo_.resize(pixels);
     normal_.resize(pixels);
     depth_.resize(pixels);
-    samples_.resize(pixels);
 }
 
 size_t Film::index(int32_t x, int32_t y) const {
@@ -54,10 +55,11 @@ void Film::add(int32_t x, int32_t y, const Color& radiance, const Color& albedo,
     if (!region_.contains(x, y)) return;
     size_t i = index(x, y);
     radiance_[i] += finiteOrZero(radiance);
+    ++samples_[i];
+    if (!layers_) return;
     albedo_[i] += finiteOrZero(albedo);
     normal_[i] += finiteOrZero(normal);
     depth_[i] += std::isfinite(depth) ? depth : 0.0f;
-    ++samples_[i];
 }
 
 Color Film::radiance(int32_t x, int32_t y) const {
@@ -67,19 +69,19 @@ Color Film::radiance(int32_t x, int32_t y) const {
 }
 
 Color Film::albedo(int32_t x, int32_t y) const {
-    if (!region_.contains(x, y)) return {};
+    if (!layers_ || !region_.contains(x, y)) return {};
     size_t i = index(x, y);
     return albedo_[i] * inverseCount(i);
 }
 
 Vec3 Film::normal(int32_t x, int32_t y) const {
-    if (!region_.contains(x, y)) return {};
+    if (!layers_ || !region_.contains(x, y)) return {};
     size_t i = index(x, y);
     return normal_[i] * inverseCount(i);
 }
 
 float Film::depth(int32_t x, int32_t y) const {
-    if (!region_.contains(x, y)) return 0.0f;
+    if (!layers_ || !region_.contains(x, y)) return 0.0f;
     size_t i = index(x, y);
     return depth_[i] * inverseCount(i);
 }

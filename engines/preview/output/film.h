@@ -1,5 +1,6 @@
-// The image being rendered: per pixel sums of radiance and of the auxiliary layers, for the
-// pixels of the render region only, so a small region of a large image costs little memory.
+// The image being rendered: per pixel sums of radiance and, when an output shows them, of the
+// auxiliary layers, for the pixels of the render region only, so a small region of a large
+// image costs little memory.
 // Each pixel is written by one thread at a time; reads must not overlap a pass that writes.
 #pragma once
 #include "engines/preview/vec3.h"
@@ -23,8 +24,9 @@ PixelRect clipRegion(int32_t imageWidth, int32_t imageHeight, PixelRect requeste
 
 class Film {
   public:
-    // `region` goes through clipRegion.
-    Film(int32_t imageWidth, int32_t imageHeight, PixelRect region);
+    // `region` goes through clipRegion. Without `layers` the film keeps radiance alone: the
+    // albedo, normal and depth read as zero.
+    Film(int32_t imageWidth, int32_t imageHeight, PixelRect region, bool layers);
 
     int32_t imageWidth() const { return imageWidth_; }
     int32_t imageHeight() const { return imageHeight_; }
@@ -53,6 +55,7 @@ class Film {
     int32_t imageWidth_, imageHeight_;
     PixelRect region_;
     int32_t passes_ = 0;
+    bool layers_;
     std::vector<Color> radiance_, albedo_, normal_;
     std::vector<float> depth_;
     std::vector<uint32_t> samples_;

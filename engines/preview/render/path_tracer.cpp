@@ -125,7 +125,7 @@ PathSample tracePath(const SceneView& scene, Ray ray, Sampler& sampler) {
             continue;
         }
 
-        if (bounce == 0) {
+        if (bounce == 0 && scene.layers) {
             result.depth = length(at.position - eye);
             result.normal = dot(at.shadingNormal, at.wo) >= 0 ? at.shadingNormal : -at.shadingNormal;
         }
@@ -145,7 +145,7 @@ PathSample tracePath(const SceneView& scene, Ray ray, Sampler& sampler) {
         if (surface.lightShape || bounce >= scene.maxDepth) break;
 
         const Bsdf bsdf = scene.materials.bsdfAt(surface.material, at, scene.maps, sampler.next());
-        if (bounce == 0) result.albedo = bsdf.albedo();
+        if (bounce == 0 && scene.layers) result.albedo = bsdf.albedo();
         const BsdfView scattering(bsdf, at.wo);
 
         // Next-event estimation: one light sample, weighted against the BSDF's own choice.

@@ -21,11 +21,13 @@ struct SceneView {
     bool anyPassable = false;        // whether shadow rays must look at what they meet
     bool emissionMet = true;         // whether a ray can meet light (an emitter, a sky), not only sample it
     float clampIndirect = 0;         // the largest channel an indirect contribution may have; 0: none
+    bool layers = true;              // whether the albedo, normal and depth of the first hit are wanted
 };
 
 struct PathSample {
     Color radiance;
-    Color albedo;  // of the first surface met
+    // Of the first surface met, when the scene's view asks for layers: zero otherwise.
+    Color albedo;  // its albedo
     Vec3 normal;   // its shading normal, facing the camera
     float depth = 0; // the distance to it, 0 for none
     uint32_t rays = 0; // queries made: paths' segments and shadow rays

@@ -118,11 +118,12 @@ int32_t PreviewScene::render(ITaviRenderCallback* callback) {
     const int32_t rouletteStart =
         settings.RussianRouletteStartDepth > 0 ? std::min(settings.RussianRouletteStartDepth, 1024) : 3;
     const float clamp = std::isfinite(settings.ClampIndirect) ? std::max(settings.ClampIndirect, 0.0f) : 0.0f;
-    const SceneView view{accelerator,   geometry_,   materials_,  maps_, lights_, maxDepth,
-                         rouletteStart, anyPassable, emissionMet, clamp};
-
-    Film film(settings.ImageSizeX, settings.ImageSizeY, regionOf(settings));
     const OutputPlan plan = planOutput(settings, animated_ || geometry_.animated());
+    // Only the EXR carries the albedo, normal and depth layers.
+    const SceneView view{accelerator, geometry_,   materials_,  maps_, lights_,  maxDepth,
+                         rouletteStart, anyPassable, emissionMet, clamp, plan.exr};
+
+    Film film(settings.ImageSizeX, settings.ImageSizeY, regionOf(settings), plan.exr);
     PassPlan passes;
     passes.passes = std::max(settings.MaxIterations, 1);
     passes.threads = std::max(settings.MaxThreads, 0);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <string>
 
 namespace preview {
 namespace {
@@ -63,22 +64,26 @@ TEST(Film, MeansOfTheSamples) {
          {{Color(2), Color(kNaN), Vec3(kInf, 0, 0), kNaN}, {Color(2), Color(1), Vec3(0, 1, 0), 3}},
          {Color(2), Color(0.5f), Vec3(0, 0.5f, 0), 1.5f}},
     };
-    for (const Case& c : cases) {
-        Film film(8, 8, {2, 3, 4, 2});
-        for (const Sample& s : c.samples)
-            film.add(3, 4, s.radiance, s.albedo, s.normal, s.depth);
-        const Sample& e = c.expected;
-        for (int i = 0; i < 3; ++i) {
-            EXPECT_FLOAT_EQ(film.radiance(3, 4)[i], e.radiance[i]) << c.name << " radiance " << i;
-            EXPECT_FLOAT_EQ(film.albedo(3, 4)[i], e.albedo[i]) << c.name << " albedo " << i;
-            EXPECT_FLOAT_EQ(film.normal(3, 4)[i], e.normal[i]) << c.name << " normal " << i;
+    // A film without layers keeps the same radiance and reads zero for the rest.
+    for (const bool layers : {true, false})
+        for (const Case& c : cases) {
+            Film film(8, 8, {2, 3, 4, 2}, layers);
+            for (const Sample& s : c.samples)
+                film.add(3, 4, s.radiance, s.albedo, s.normal, s.depth);
+            const Sample& e = c.expected;
+            const std::string what = std::string(c.name) + (layers ? "" : ", without layers");
+            const float kept = layers ? 1.0f : 0.0f;
+            for (int i = 0; i < 3; ++i) {
+                EXPECT_FLOAT_EQ(film.radiance(3, 4)[i], e.radiance[i]) << what << " radiance " << i;
+                EXPECT_FLOAT_EQ(film.albedo(3, 4)[i], kept * e.albedo[i]) << what << " albedo " << i;
+                EXPECT_FLOAT_EQ(film.normal(3, 4)[i], kept * e.normal[i]) << what << " normal " << i;
+            }
+            EXPECT_FLOAT_EQ(film.depth(3, 4), kept * e.depth) << what;
         }
-        EXPECT_FLOAT_EQ(film.depth(3, 4), e.depth) << c.name;
-    }
 }
 
 TEST(Film, OnlyTheRegionHoldsPixels) {
-    Film film(1000, 1000, {10, 20, 3, 2});
+    Film film(1000, 1000, {10, 20, 3, 2}, true);
     EXPECT_EQ(film.region().width * film.region().height, 6);
     // Every region pixel is its own; samples outside the region are dropped.
     for (int y = 0; y < 1000; y += 1)

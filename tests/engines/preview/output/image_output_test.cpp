@@ -101,7 +101,7 @@ Color radianceAt(int x, int y) {
 }
 
 Film testFilm() {
-    Film film(kWidth, kHeight, kRegion);
+    Film film(kWidth, kHeight, kRegion, true);
     for (int y = 0; y < kHeight; ++y)
         for (int x = 0; x < kWidth; ++x)
             film.add(x, y, radianceAt(x, y), Color(0.25f, 0.5f, 0.75f), Vec3(0, 0.6f, -0.8f), float(x + y));
@@ -229,7 +229,7 @@ TEST_F(WriteImages, SameFilmSameBytesAndRewritesReplace) {
     }
 
     // A later save of a brighter film replaces the file in place.
-    Film brighter(kWidth, kHeight, kRegion);
+    Film brighter(kWidth, kHeight, kRegion, true);
     for (int y = 0; y < kHeight; ++y)
         for (int x = 0; x < kWidth; ++x)
             brighter.add(x, y, Color(7), Color(1), Vec3(0, 1, 0), 1);
@@ -248,7 +248,7 @@ TEST_F(WriteImages, FailuresAreReported) {
     };
     const Case cases[] = {
         {"folder under a file", "plain_file/sub", testFilm()},
-        {"image of no pixels", "empty", Film(0, 0, {})},
+        {"image of no pixels", "empty", Film(0, 0, {}, true)},
     };
     for (const Case& c : cases) {
         const auto written = writeImages(plan(c.subfolder, true, true, true), c.film);
