@@ -64,6 +64,11 @@ struct Frame {
     Vec3 toWorld(const Vec3& v) const { return s * v.x + t * v.y + n * v.z; }
 };
 
+struct Ray {
+    Vec3 origin;
+    Vec3 direction; // unit
+};
+
 constexpr float kPi = 3.14159265358979323846f;
 constexpr float kInvPi = 1.0f / kPi;
 

@@ -3,6 +3,7 @@
 #include <emmintrin.h>
 #include <xmmintrin.h>
 
+#include <algorithm>
 #include <cstring>
 #include <limits>
 
@@ -117,15 +118,55 @@ bool Accelerator::intersect(const Vec3& origin, const Vec3& direction, float far
     query.hit.geomID = RTC_INVALID_GEOMETRY_ID;
     rtcIntersect1(scene_, &context, &query);
     if (query.hit.geomID == RTC_INVALID_GEOMETRY_ID) return false;
-    const Entry& entry = entries_[query.hit.geomID];
-    hit->distance = query.ray.tfar;
+    fill(query.hit.geomID, query.hit.primID, query.ray.tfar, query.hit.u, query.hit.v,
+         Vec3(query.hit.Ng_x, query.hit.Ng_y, query.hit.Ng_z), hit);
+    return true;
+}
+
+void Accelerator::intersectPacket(const Ray (&rays)[kPacket], const bool (&active)[kPacket], Hit (&hits)[kPacket],
+                                  bool (&found)[kPacket]) const {
+    std::fill(std::begin(found), std::end(found), false);
+    if (!scene_) return;
+    RTCIntersectContext context;
+    rtcInitIntersectContext(&context);
+    context.flags = RTC_INTERSECT_CONTEXT_FLAG_COHERENT;
+    alignas(32) int valid[kPacket];
+    RTCRayHit8 query;
+    for (int i = 0; i < kPacket; ++i) {
+        valid[i] = active[i] ? -1 : 0;
+        query.ray.org_x[i] = rays[i].origin.x;
+        query.ray.org_y[i] = rays[i].origin.y;
+        query.ray.org_z[i] = rays[i].origin.z;
+        query.ray.tnear[i] = 0;
+        query.ray.dir_x[i] = rays[i].direction.x;
+        query.ray.dir_y[i] = rays[i].direction.y;
+        query.ray.dir_z[i] = rays[i].direction.z;
+        query.ray.time[i] = 0;
+        query.ray.tfar[i] = std::numeric_limits<float>::infinity();
+        query.ray.mask[i] = ~0u;
+        query.ray.id[i] = 0;
+        query.ray.flags[i] = 0;
+        query.hit.geomID[i] = RTC_INVALID_GEOMETRY_ID;
+    }
+    rtcIntersect8(valid, scene_, &context, &query);
+    for (int i = 0; i < kPacket; ++i) {
+        found[i] = active[i] && query.hit.geomID[i] != RTC_INVALID_GEOMETRY_ID;
+        if (found[i])
+            fill(query.hit.geomID[i], query.hit.primID[i], query.ray.tfar[i], query.hit.u[i], query.hit.v[i],
+                 Vec3(query.hit.Ng_x[i], query.hit.Ng_y[i], query.hit.Ng_z[i]), &hits[i]);
+    }
+}
+
+void Accelerator::fill(unsigned geomID, unsigned primID, float distance, float u, float v, const Vec3& normal,
+                       Hit* hit) const {
+    const Entry& entry = entries_[geomID];
+    hit->distance = distance;
     hit->kind = entry.kind;
     hit->set = entry.set;
-    hit->prim = query.hit.primID;
-    hit->u = query.hit.u;
-    hit->v = query.hit.v;
-    hit->geometricNormal = Vec3(query.hit.Ng_x, query.hit.Ng_y, query.hit.Ng_z);
-    return true;
+    hit->prim = primID;
+    hit->u = u;
+    hit->v = v;
+    hit->geometricNormal = normal;
 }
 
 bool Accelerator::occluded(const Vec3& origin, const Vec3& direction, float farthest) const {

@@ -31,9 +31,17 @@ class Accelerator {
     // Builds over everything the geometry holds now; false when Embree refuses.
     bool build(const SceneGeometry& geometry);
     bool intersect(const Vec3& origin, const Vec3& direction, float farthest, Hit* hit) const;
+    // The nearest hits of kPacket rays that travel together, such as neighbouring camera rays,
+    // traced side by side; lanes whose `active` is false are left alone. found[i] tells whether
+    // ray i met anything.
+    static constexpr int kPacket = 8;
+    void intersectPacket(const Ray (&rays)[kPacket], const bool (&active)[kPacket], Hit (&hits)[kPacket],
+                         bool (&found)[kPacket]) const;
     bool occluded(const Vec3& origin, const Vec3& direction, float farthest) const;
 
   private:
+    void fill(unsigned geomID, unsigned primID, float distance, float u, float v, const Vec3& normal, Hit* hit) const;
+
     struct Entry {
         PrimitiveKind kind;
         uint32_t set;

@@ -11,11 +11,6 @@ class TempCamera;
 
 namespace preview {
 
-struct Ray {
-    Vec3 origin;
-    Vec3 direction; // unit
-};
-
 class Camera {
   public:
     Camera(); // a perspective camera at the origin looking down -Z, 45 degrees across

@@ -96,7 +96,7 @@ Color capped(const SceneView& scene, int bounce, const Color& contribution) {
 
 } // namespace
 
-PathSample tracePath(const SceneView& scene, Ray ray, Sampler& sampler) {
+PathSample tracePath(const SceneView& scene, Ray ray, const Hit* cameraHit, Sampler& sampler) {
     PathSample result;
     Color carried(1);
     float previousPdf = 0;
@@ -107,7 +107,9 @@ PathSample tracePath(const SceneView& scene, Ray ray, Sampler& sampler) {
     for (int bounce = 0;;) {
         Hit hit;
         ++result.rays;
-        if (!scene.accelerator.intersect(ray.origin, ray.direction, INFINITY, &hit)) {
+        const bool first = bounce == 0 && passThroughs == 0;
+        if (first && cameraHit) hit = *cameraHit;
+        if (first ? !cameraHit : !scene.accelerator.intersect(ray.origin, ray.direction, INFINITY, &hit)) {
             float pdf = 0;
             const Color seen = scene.lights.environment(ray.direction, &pdf);
             const float weight = previousDelta ? 1.0f : powerHeuristic(previousPdf, pdf);

@@ -33,6 +33,8 @@ struct PathSample {
     uint32_t rays = 0; // queries made: paths' segments and shadow rays
 };
 
-PathSample tracePath(const SceneView& scene, Ray ray, Sampler& sampler);
+// `cameraHit` is what the camera ray meets, found beforehand with its neighbours; null when it
+// meets nothing.
+PathSample tracePath(const SceneView& scene, Ray ray, const Hit* cameraHit, Sampler& sampler);
 
 } // namespace preview

@@ -6,6 +6,7 @@
 #include <tbb/task_arena.h>
 #include <xmmintrin.h>
 
+#include <algorithm>
 #include <chrono>
 
 namespace preview {
@@ -21,18 +22,35 @@ uint64_t renderTile(const SceneView& scene, const Camera& camera, Film& film, co
                     const tbb::blocked_range2d<int32_t>& tile) {
     _mm_setcsr(_mm_getcsr() | kFlushToZeroAndDenormalsAreZero);
     const int32_t width = film.imageWidth();
+    constexpr int kPacket = Accelerator::kPacket;
     uint64_t rays = 0;
+    // Neighbouring camera rays go to Embree together, a row's run of kPacket pixels at a time;
+    // each path then goes on on its own.
     for (int32_t y = tile.rows().begin(); y < tile.rows().end(); ++y)
-        for (int32_t x = tile.cols().begin(); x < tile.cols().end(); ++x) {
-            Sampler sampler(static_cast<uint32_t>(y) * static_cast<uint32_t>(width) + static_cast<uint32_t>(x),
-                            static_cast<uint32_t>(pass), plan.seed);
-            const float jitterX = sampler.next(), jitterY = sampler.next();
-            const float lensU = sampler.next(), lensV = sampler.next();
-            Ray ray;
-            PathSample sample;
-            if (camera.generate(x + jitterX, y + jitterY, lensU, lensV, &ray)) sample = tracePath(scene, ray, sampler);
-            film.add(x, y, sample.radiance * camera.exposureScale(), sample.albedo, sample.normal, sample.depth);
-            rays += sample.rays;
+        for (int32_t x0 = tile.cols().begin(); x0 < tile.cols().end(); x0 += kPacket) {
+            Sampler samplers[kPacket];
+            Ray cameraRays[kPacket];
+            bool active[kPacket] = {};
+            const int count = std::min(kPacket, tile.cols().end() - x0);
+            for (int i = 0; i < count; ++i) {
+                const int32_t x = x0 + i;
+                Sampler& sampler = samplers[i];
+                sampler = Sampler(static_cast<uint32_t>(y) * static_cast<uint32_t>(width) + static_cast<uint32_t>(x),
+                                  static_cast<uint32_t>(pass), plan.seed);
+                const float jitterX = sampler.next(), jitterY = sampler.next();
+                const float lensU = sampler.next(), lensV = sampler.next();
+                active[i] = camera.generate(x + jitterX, y + jitterY, lensU, lensV, &cameraRays[i]);
+            }
+            Hit hits[kPacket];
+            bool found[kPacket];
+            scene.accelerator.intersectPacket(cameraRays, active, hits, found);
+            for (int i = 0; i < count; ++i) {
+                PathSample sample;
+                if (active[i]) sample = tracePath(scene, cameraRays[i], found[i] ? &hits[i] : nullptr, samplers[i]);
+                film.add(x0 + i, y, sample.radiance * camera.exposureScale(), sample.albedo, sample.normal,
+                         sample.depth);
+                rays += sample.rays;
+            }
         }
     return rays;
 }

@@ -7,6 +7,7 @@ namespace preview {
 
 class Sampler {
   public:
+    Sampler() = default; // a stream of its own only once assigned one of the streams below
     Sampler(uint32_t pixel, uint32_t pass, uint32_t seed) {
         state_ = mix((uint64_t(pixel) << 32) ^ (uint64_t(pass) * 0x9E3779B97F4A7C15ull) ^ seed);
         increment_ = (mix(uint64_t(pass) << 32 | pixel) << 1) | 1u;
@@ -29,8 +30,8 @@ class Sampler {
         z = (z ^ (z >> 27)) * 0x94D049BB133111EBull;
         return z ^ (z >> 31);
     }
-    uint64_t state_;
-    uint64_t increment_;
+    uint64_t state_ = 0;
+    uint64_t increment_ = 1;
 };
 
 } // namespace preview

@@ -154,10 +154,11 @@ TEST(PreviewPhysics, MirrorShowsTheEnvironmentUnchanged) {
 }
 
 // A triangle at a known place covers the pixels that the projection predicts: pixels whose four
-// corners all fall inside show it, pixels whose corners all fall outside do not.
+// corners all fall inside show it, pixels that it does not reach do not. Camera rays go
+// to Embree eight at a time along a row; the odd width ends each row with a part-filled group.
 TEST(PreviewPhysics, TriangleCoversThePredictedPixels) {
     const float corners[3][2] = {{-1, -1}, {1.5f, -0.5f}, {0, 1.2f}};
-    const int width = 64, height = 48;
+    const int width = 61, height = 48;
     const float aspect = float(width) / height;
     struct Projection {
         const char* what;
@@ -195,10 +196,13 @@ TEST(PreviewPhysics, TriangleCoversThePredictedPixels) {
         for (int y = 0; y < height; ++y)
             for (int x = 0; x < width; ++x) {
                 const int in = inside(x, y) + inside(x + 1, y) + inside(x, y + 1) + inside(x + 1, y + 1);
+                // A pixel can hold a corner of the triangle with its own four corners outside.
+                bool holdsCorner = false;
+                for (const auto& p : pixel) holdsCorner = holdsCorner || (int(p[0]) == x && int(p[1]) == y);
                 if (in == 4) {
                     ++covered;
                     EXPECT_NEAR(image.at(x, y).g, 1, 0.01f) << projection.what << " pixel " << x << "," << y;
-                } else if (in == 0) {
+                } else if (in == 0 && !holdsCorner) {
                     ++empty;
                     EXPECT_EQ(image.at(x, y).g, 0) << projection.what << " pixel " << x << "," << y;
                 }
