@@ -287,12 +287,14 @@ bool LightSet::sampleEmitter(size_t index, const Vec3& point, float u0, float u1
         const Vec3 offset = light->position - point;
         const float squared = dot(offset, offset);
         if (!(squared > 0)) return false;
-        out->distance = std::sqrt(squared);
-        out->wi = offset / out->distance;
+        // One division serves the direction, the distance and the inverse square.
+        const float inverse = 1 / std::sqrt(squared);
+        out->distance = squared * inverse;
+        out->wi = offset * inverse;
         float falloff = 1;
         if (light->kind == LightKind::Spot)
             falloff = smoothStep(light->cosOuter, light->cosInner, dot(-out->wi, light->direction));
-        out->radiance = light->emitted * (falloff / squared);
+        out->radiance = light->emitted * (falloff * inverse * inverse);
         return true;
     }
     case Emitter::Shape::Infinite: {
