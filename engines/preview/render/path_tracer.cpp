@@ -107,9 +107,15 @@ PathSample tracePath(const SceneView& scene, Ray ray, const Hit* cameraHit, Samp
     for (int bounce = 0;;) {
         Hit hit;
         ++result.rays;
-        const bool first = bounce == 0 && passThroughs == 0;
-        if (first && cameraHit) hit = *cameraHit;
-        if (first ? !cameraHit : !scene.accelerator.intersect(ray.origin, ray.direction, INFINITY, &hit)) {
+        bool met;
+        if (bounce == 0 && passThroughs == 0) {
+            // The camera ray was traced with its neighbours'.
+            met = cameraHit != nullptr;
+            if (met) hit = *cameraHit;
+        } else {
+            met = scene.accelerator.intersect(ray.origin, ray.direction, INFINITY, &hit);
+        }
+        if (!met) {
             float pdf = 0;
             const Color seen = scene.lights.environment(ray.direction, &pdf);
             const float weight = previousDelta ? 1.0f : powerHeuristic(previousPdf, pdf);
