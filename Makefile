@@ -75,6 +75,7 @@ bench: build
 # MinGW-w64 with pugixml and zstd built from Debian's sources (README: Windows).
 WINDOWS_BUILD ?= build-windows
 WINE ?= /usr/lib/wine/wine64
+WINESERVER ?= /usr/lib/wine/wineserver64
 WINDOWS_SOURCES = $(CURDIR)/$(WINDOWS_BUILD)/third-party
 
 windows-deps:
@@ -88,6 +89,10 @@ windows: windows-deps
 
 # The client's end-to-end tests, built for Linux, run the Windows client under wine in a wine
 # prefix of the build's own. The first wine start makes the prefix, before tests run side by side.
+# One wine server then stays for the whole run: left to itself, it leaves a few seconds after its
+# last client, and a client that starts just as it leaves is cut off ("wine client error"). Wine's
+# services, which live as long as the server, are started before the tests by a client without
+# output: started by a test's client, they would hold that test's output open to the end.
 WINDOWS_TESTS ?= ^client\.(CommandLineRun|GeometryLoad|LargeScene|LoadSequence|RegistryLoad|RenderRun|HostileScene|WindowsMsvcEngine|WindowsSystemChannels)\.
 wine_env = WINEPREFIX=$(CURDIR)/$(WINDOWS_BUILD)/wine-prefix WINEDEBUG=-all
 
@@ -95,8 +100,12 @@ test-windows: deps windows
 	cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo
 	cmake --build $(BUILD) -j$(JOBS) --target client_tests
 	$(wine_env) $(WINE) $(WINDOWS_BUILD)/bin/TaviClient.exe -version >/dev/null
+	$(wine_env) $(WINESERVER) -w
+	$(wine_env) $(WINESERVER) -p
+	$(wine_env) $(WINE) $(WINDOWS_BUILD)/bin/TaviClient.exe -version </dev/null >/dev/null 2>&1
 	$(wine_env) TAVI_TEST_WINDOWS_BUILD=$(CURDIR)/$(WINDOWS_BUILD) TAVI_TEST_WINE=$(WINE) \
-	  ctest --test-dir $(BUILD) --output-on-failure -j$(JOBS) -R '$(WINDOWS_TESTS)'
+	  ctest --test-dir $(BUILD) --output-on-failure -j$(JOBS) -R '$(WINDOWS_TESTS)'; \
+	  status=$$?; $(wine_env) $(WINESERVER) -k; exit $$status
 
 clean:
 	rm -rf $(BUILD) $(SANITIZE_BUILD) $(CLANG_BUILD) $(FUZZ_BUILD) $(WINDOWS_BUILD)
