@@ -92,7 +92,8 @@ windows: windows-deps
 # One wine server then stays for the whole run: left to itself, it leaves a few seconds after its
 # last client, and a client that starts just as it leaves is cut off ("wine client error"). Wine's
 # services, which live as long as the server, are started before the tests by a client without
-# output: started by a test's client, they would hold that test's output open to the end.
+# output: started by a test's client, they would hold that test's output open to the end. Should
+# anything still outlive its test so, the timeout fails that test instead of stalling the run.
 WINDOWS_TESTS ?= ^client\.(CommandLineRun|GeometryLoad|LargeScene|LoadSequence|RegistryLoad|RenderRun|HostileScene|WindowsMsvcEngine|WindowsSystemChannels)\.
 wine_env = WINEPREFIX=$(CURDIR)/$(WINDOWS_BUILD)/wine-prefix WINEDEBUG=-all
 
@@ -104,7 +105,7 @@ test-windows: deps windows
 	$(wine_env) $(WINESERVER) -p
 	$(wine_env) $(WINE) $(WINDOWS_BUILD)/bin/TaviClient.exe -version </dev/null >/dev/null 2>&1
 	$(wine_env) TAVI_TEST_WINDOWS_BUILD=$(CURDIR)/$(WINDOWS_BUILD) TAVI_TEST_WINE=$(WINE) \
-	  ctest --test-dir $(BUILD) --output-on-failure -j$(JOBS) -R '$(WINDOWS_TESTS)'; \
+	  ctest --test-dir $(BUILD) --output-on-failure -j$(JOBS) --timeout 300 -R '$(WINDOWS_TESTS)'; \
 	  status=$$?; $(wine_env) $(WINESERVER) -k; exit $$status
 
 clean:
